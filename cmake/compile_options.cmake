@@ -1,0 +1,15 @@
+# Warnings, hardening and sanitizers, for every target.
+add_compile_options(-Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+
+if(SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all
+    -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+else()
+  add_compile_options(-fstack-protector-strong -U_FORTIFY_SOURCE
+    "$<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>")
+endif()
+
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX)
+add_link_options(-Wl,-z,relro,-z,now,-z,noexecstack)

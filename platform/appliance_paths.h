@@ -1,0 +1,46 @@
+/// @file Where the appliance's files are. APPLIANCE_ROOT, a string literal of the build, stands
+/// before each of them: empty on an appliance, a folder of the build tree for development.
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+namespace appliance {
+
+/// Room for a path, its NUL included; a longer one is cut.
+inline constexpr std::size_t kPathSize = 256;
+
+inline constexpr char kRoot[] = APPLIANCE_ROOT;
+inline constexpr char kPrivilegeFile[] = APPLIANCE_ROOT "/var/packages/Tremolane/etc/users.conf";
+inline constexpr char kFolderList[] = APPLIANCE_ROOT "/var/packages/Tremolane/etc/folder.conf";
+inline constexpr char kUserDefineFile[] =
+    APPLIANCE_ROOT "/var/packages/Tremolane/etc/dtvuserdefineschedules.json";
+inline constexpr char kSettingsFile[] = APPLIANCE_ROOT "/etc/kaldinfo.conf";
+inline constexpr char kPasswordFile[] = APPLIANCE_ROOT "/etc/passwd";
+inline constexpr char kGroupFile[] = APPLIANCE_ROOT "/etc/group";
+inline constexpr char kWebApiFolder[] = APPLIANCE_ROOT "/usr/kald/webapi";
+inline constexpr char kVolumeFolder[] = APPLIANCE_ROOT "/volume1";
+inline constexpr char kDaemonCommands[] = APPLIANCE_ROOT "/var/run/dtvd/commands";
+
+/// The file of a tuner's one-shot schedules.
+inline std::string OneShotFile(int tuner)
+{
+    char path[kPathSize];
+    std::snprintf(path, sizeof path,
+                  APPLIANCE_ROOT "/var/packages/Tremolane/etc/dtvschedules/%ddtv_schedule.json",
+                  tuner);
+    return path;
+}
+
+/// The file of a tuner's repeat schedules.
+inline std::string RepeatFile(int tuner)
+{
+    char path[kPathSize];
+    std::snprintf(path, sizeof path,
+                  APPLIANCE_ROOT
+                  "/var/packages/Tremolane/etc/dtvrepeatschedules/%ddtv_repeat_schedule.json",
+                  tuner);
+    return path;
+}
+
+} // namespace appliance

@@ -1,0 +1,10 @@
+/// @file Questions about the file system.
+#include "libtm/fileop.h"
+
+#include <sys/stat.h>
+
+bool libtm::critical::fileop::DoesDirExist(std::string const& path)
+{
+    struct stat info {};
+    return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}

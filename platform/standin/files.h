@@ -1,0 +1,24 @@
+/// @file Whole files: reading one, and replacing one so that it is never seen half written.
+#pragma once
+
+#include "platform/standin/unique_fd.h"
+
+#include <string>
+#include <string_view>
+
+namespace standin {
+
+/// Opens a regular file for reading; none, with errno set, if that fails. Never waits for a FIFO.
+UniqueFd OpenRegularFile(char const* path);
+
+/// Reads from `fd` to its end, after what `text` already holds. False with errno set on an error.
+bool ReadToEnd(int fd, std::string& text);
+
+/// Writes all of `text`. False with errno set on an error.
+bool WriteAll(int fd, std::string_view text);
+
+/// Replaces `path` by `text` durably, all or nothing: the old file or the new one stands there,
+/// whatever happens. Keeps the old file's mode; a new file gets 0644.
+bool ReplaceFile(std::string const& path, std::string_view text);
+
+} // namespace standin

@@ -1,0 +1,139 @@
+/// @file Settings files and child processes.
+#include "kald/libc.h"
+
+#include "platform/appliance_paths.h"
+#include "platform/standin/files.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+namespace {
+
+std::unordered_map<FILE*, pid_t>& Children()
+{
+    static std::unordered_map<FILE*, pid_t> children;
+    return children;
+}
+
+/// Starts a program whose output goes to `output`; 0 or an errno.
+int Spawn(pid_t* pid, std::string const& program, char const* argument, int output)
+{
+    std::string argument0 = program;
+    std::string argument1 = argument;
+    char* const arguments[] = {argument0.data(), argument1.data(), nullptr};
+    posix_spawn_file_actions_t actions;
+    int error = ::posix_spawn_file_actions_init(&actions);
+    if (error != 0) {
+        return error;
+    }
+    error = ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    if (error == 0) {
+        error = ::posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
+    }
+    if (error == 0) {
+        error = ::posix_spawn(pid, program.c_str(), &actions, nullptr, arguments, environ);
+    }
+    ::posix_spawn_file_actions_destroy(&actions);
+    return error;
+}
+
+/// Waits for a child's end; its wait status, or -1.
+int WaitFor(pid_t pid)
+{
+    int status = -1;
+    while (::waitpid(pid, &status, 0) < 0) {
+        if (errno != EINTR) {
+            return -1;
+        }
+    }
+    return status;
+}
+
+/// The value in a line `key=value` or `key="value"`, or null data if the line is another key's.
+std::string_view ValueInLine(std::string_view line, std::string_view key)
+{
+    if (!line.starts_with(key) || !line.substr(key.size()).starts_with('=')) {
+        return {};
+    }
+    std::string_view value = line.substr(key.size() + 1);
+    if (value.size() >= 2 && value.starts_with('"') && value.ends_with('"')) {
+        value = value.substr(1, value.size() - 2);
+    }
+    return value;
+}
+
+/// Copies text into a buffer of `size` bytes, cut and ended by a NUL.
+void CopyCut(std::string_view text, char* buffer, std::size_t size)
+{
+    if (size > 0) {
+        std::size_t const length = std::min(text.size(), size - 1);
+        std::memcpy(buffer, text.data(), length);
+        buffer[length] = '\0';
+    }
+}
+
+} // namespace
+
+int KDLIBCFileGetKeyValue(char const* path, char const* key, char* buffer, std::size_t size,
+                          int /*flags*/)
+{
+    std::string text;
+    standin::UniqueFd const fd = standin::OpenRegularFile(path);
+    if (!fd || !standin::ReadToEnd(fd.Get(), text)) {
+        return 0;
+    }
+    std::string_view rest = text;
+    while (!rest.empty()) {
+        std::size_t const end = std::min(rest.find('\n'), rest.size());
+        std::string_view const value = ValueInLine(rest.substr(0, end), key);
+        if (value.data() != nullptr) {
+            CopyCut(value, buffer, size);
+            return static_cast<int>(value.size());
+        }
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+    return 0;
+}
+
+FILE* KDLIBCPopen(char const* path, char const* mode, char const* arg)
+{
+    int ends[2];
+    if (std::strcmp(mode, "r") != 0 || ::pipe2(ends, O_CLOEXEC) != 0) {
+        return nullptr;
+    }
+    standin::UniqueFd reading(ends[0]);
+    standin::UniqueFd const writing(ends[1]);
+    pid_t pid = -1;
+    if (Spawn(&pid, std::string(appliance::kRoot) + path, arg, writing.Get()) != 0) {
+        return nullptr;
+    }
+    FILE* const stream = ::fdopen(reading.Get(), "r");
+    if (stream == nullptr) {
+        reading.Close(); // ends the child's output, so that the wait for it ends
+        WaitFor(pid);
+        return nullptr;
+    }
+    reading.Release();
+    Children()[stream] = pid;
+    return stream;
+}
+
+int KDLIBCPclose(FILE* stream)
+{
+    auto const child = Children().find(stream);
+    if (child == Children().end()) {
+        return -1;
+    }
+    pid_t const pid = child->second;
+    Children().erase(child);
+    std::fclose(stream);
+    return WaitFor(pid);
+}

@@ -1,0 +1,100 @@
+/// @file Whether a recording would overlap a stored one.
+#include "platform/record_members.h"
+#include "platform/standin/local_calendar.h"
+#include "platform/standin/record_store.h"
+#include "tremolane/recording_service.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace {
+
+using namespace appliance;
+using standin::DayOf;
+using standin::LocalTime;
+using std::chrono::days;
+using std::chrono::sys_days;
+
+constexpr int kUnknownDuration = 1800;
+
+/// Epoch seconds, the end not included.
+struct Interval {
+    std::int64_t begin, end;
+
+    bool Overlaps(Interval const& other) const { return begin < other.end && other.begin < end; }
+};
+
+std::int64_t DurationOf(Json::Value const& record)
+{
+    int const duration = record[member::kDuration].asInt();
+    return duration > 0 ? duration : kUnknownDuration;
+}
+
+/// The time at which the wall clock shows the time of day of `timeOfDay` on `day`.
+std::int64_t EpochOn(sys_days day, std::tm const& timeOfDay)
+{
+    std::chrono::year_month_day const date(day);
+    std::tm local = timeOfDay;
+    local.tm_year = static_cast<int>(date.year()) - 1900;
+    local.tm_mon = static_cast<int>(static_cast<unsigned>(date.month())) - 1;
+    local.tm_mday = static_cast<int>(static_cast<unsigned>(date.day()));
+    local.tm_isdst = -1;
+    return std::mktime(&local);
+}
+
+/// The last local day on which a repeat record is made, as far as it matters before `latest`.
+sys_days LastDayOf(Json::Value const& record, sys_days firstDay, sys_days latest)
+{
+    sys_days last = latest;
+    if (auto const end = standin::ParseDate(record[member::kEndDate].asString().c_str())) {
+        last = std::min(last, *end);
+    }
+    if (!record[member::kIsWeekly].asBool()) {
+        last = std::min(last, firstDay + days(6));
+    }
+    return last;
+}
+
+/// Tests the occurrences of a repeat record that could touch the wanted time. Days are widened by
+/// one at both ends, because days of the local calendar differ in length.
+bool RepeatOverlaps(Json::Value const& record, int start, Interval const& wanted)
+{
+    std::int64_t const duration = DurationOf(record);
+    std::tm const first = LocalTime(start);
+    sys_days const firstDay = DayOf(first);
+    auto const selected = standin::ParseWeekdays(record[member::kWeekdayStatus].asString().c_str());
+    sys_days day = std::max(firstDay, DayOf(LocalTime(wanted.begin - duration)) - days(1));
+    sys_days const last = LastDayOf(record, firstDay, DayOf(LocalTime(wanted.end)) + days(1));
+    for (; day <= last; day += days(1)) {
+        if (selected[std::chrono::weekday(day).c_encoding()]) {
+            std::int64_t const begin = EpochOn(day, first);
+            if (Interval{begin, begin + duration}.Overlaps(wanted)) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+bool KALDTremolane::TaskIsOverLap(int start, int duration, Json::Value& oneShot,
+                                  Json::Value& repeat)
+{
+    Interval const wanted{start, std::int64_t{start} + duration};
+    for (Json::Value const& record : oneShot) {
+        standin::RequireObject(record);
+        std::int64_t const begin = record[member::kStartTime].asInt();
+        if (begin != 0 && Interval{begin, begin + DurationOf(record)}.Overlaps(wanted)) {
+            return true;
+        }
+    }
+    for (Json::Value const& record : repeat) {
+        standin::RequireObject(record);
+        int const begin = record[member::kStartTime].asInt();
+        if (begin != 0 && RepeatOverlaps(record, begin, wanted)) {
+            return true;
+        }
+    }
+    return false;
+}

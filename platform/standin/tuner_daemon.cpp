@@ -1,0 +1,33 @@
+/// @file The tuner daemon, reached through its control file: a line is a command.
+#include "tremolane/tuner_daemon.h"
+
+#include "platform/appliance_paths.h"
+#include "platform/standin/unique_fd.h"
+
+#include <fcntl.h>
+
+#include <string>
+
+namespace {
+
+/// Appends one command. One write in append mode, so that commands of two requests never mix.
+bool Command(std::string const& line)
+{
+    constexpr mode_t kMode = 0644;
+    standin::UniqueFd const fd(
+        ::open(appliance::kDaemonCommands, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, kMode));
+    return fd && ::write(fd.Get(), line.data(), line.size()) == static_cast<ssize_t>(line.size());
+}
+
+} // namespace
+
+bool KALDDTVDReloadSchedule()
+{
+    return Command("reload\n");
+}
+
+bool KALDDTVDStopRecording(int tuner, int start, int frequency, int service)
+{
+    return Command("stop " + std::to_string(tuner) + ' ' + std::to_string(start) + ' ' +
+                   std::to_string(frequency) + ' ' + std::to_string(service) + '\n');
+}

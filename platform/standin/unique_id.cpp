@@ -1,0 +1,48 @@
+/// @file Channel ids and start texts: decimal digits, within 32 bits.
+#include "platform/standin/unique_id.h"
+
+#include "tremolane/recording_service.h"
+
+#include <charconv>
+#include <string_view>
+
+namespace {
+
+std::optional<int> ParseDigits(std::string_view text)
+{
+    int value = 0;
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    bool const whole = error == std::errc() && end == text.data() + text.size();
+    return whole && !text.starts_with('-') ? std::optional(value) : std::nullopt;
+}
+
+} // namespace
+
+std::optional<standin::ScheduleKey> standin::ParseKey(std::string const& id,
+                                                      std::string const& start)
+{
+    int service = 0;
+    int frequency = 0;
+    std::optional<int> const seconds = ParseDigits(start);
+    if (KALDTremolane::KALDVideoDTVParserUniqueId(id.c_str(), &service, &frequency) != 0 ||
+        seconds.value_or(0) < 1) {
+        return std::nullopt;
+    }
+    bool const plain = id.find('@') == std::string::npos;
+    return ScheduleKey{service, plain ? std::nullopt : std::optional(frequency), *seconds};
+}
+
+int KALDTremolane::KALDVideoDTVParserUniqueId(char const* id, int* service, int* frequency)
+{
+    std::string_view const text = id;
+    std::size_t const at = text.find('@');
+    bool const plain = at == std::string_view::npos;
+    std::optional<int> const first = ParseDigits(text.substr(0, at));
+    std::optional<int> const second = plain ? 0 : ParseDigits(text.substr(at + 1));
+    if (!first || !second) {
+        return -1;
+    }
+    *service = *first;
+    *frequency = *second;
+    return 0;
+}

@@ -1,0 +1,97 @@
+/// @file The user-defined records as the recording service reads them: parsed once, found by key.
+#include "platform/appliance_paths.h"
+#include "platform/record_members.h"
+#include "platform/standin/documents.h"
+#include "platform/standin/files.h"
+#include "platform/standin/record_store.h"
+#include "tremolane/recording_service.h"
+
+#include <sys/stat.h>
+
+#include <cstdint>
+#include <unordered_map>
+
+namespace {
+
+using namespace appliance;
+using standin::UniqueFd;
+
+/// A parsed user-defined file, good for as long as the file on disk is still that one. It keeps the
+/// file open, so that its inode number cannot come back as another file's.
+class UserDefineIndex {
+public:
+    /// Parses the file unless this is what stands on disk.
+    void Refresh()
+    {
+        struct stat info {};
+        if (m_file && ::stat(kUserDefineFile, &info) == 0 && IsSame(info)) {
+            return;
+        }
+        *this = UserDefineIndex();
+        UniqueFd fd = standin::OpenRegularFile(kUserDefineFile);
+        if (!fd || ::fstat(fd.Get(), &info) != 0) {
+            return;
+        }
+        std::string text;
+        if (standin::ReadToEnd(fd.Get(), text) && standin::ParseJson(text, m_records)) {
+            BuildIndex();
+        }
+        m_file = std::move(fd); // last: a record that throws must be met again by the next look-up
+        m_info = info;
+    }
+
+    /// The position of the first record of that pair, or -1.
+    int Find(int start, int tuner) const
+    {
+        auto const found = m_positions.find(Key(start, tuner));
+        return found != m_positions.end() ? found->second : -1;
+    }
+
+    Json::Value const& At(int position) const { return m_records[position]; }
+
+private:
+    static std::uint64_t Key(int start, int tuner)
+    {
+        return std::uint64_t{static_cast<std::uint32_t>(start)} << 32 |
+               static_cast<std::uint32_t>(tuner);
+    }
+
+    bool IsSame(struct stat const& info) const
+    {
+        return info.st_dev == m_info.st_dev && info.st_ino == m_info.st_ino &&
+               info.st_size == m_info.st_size && info.st_mtim.tv_sec == m_info.st_mtim.tv_sec &&
+               info.st_mtim.tv_nsec == m_info.st_mtim.tv_nsec;
+    }
+
+    void BuildIndex()
+    {
+        if (!m_records.isArray()) {
+            return;
+        }
+        int position = 0;
+        for (Json::Value const& record : std::as_const(m_records)) {
+            standin::RequireObject(record);
+            m_positions.try_emplace(
+                Key(record[member::kStartTime].asInt(), record[member::kTuner].asInt()),
+                position++);
+        }
+    }
+
+    UniqueFd m_file;
+    struct stat m_info {};
+    Json::Value m_records;
+    std::unordered_map<std::uint64_t, int> m_positions;
+};
+
+} // namespace
+
+int KALDTremolane::ReadUserDefineFromFile(Json::Value& out, int start, int tuner)
+{
+    static UserDefineIndex index;
+    index.Refresh();
+    int const position = index.Find(start, tuner);
+    if (position >= 0) {
+        out = index.At(position);
+    }
+    return position;
+}
