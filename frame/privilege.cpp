@@ -1,0 +1,105 @@
+/// @file The privilege file, read and written as a stream.
+#include "frame/privilege.h"
+
+#include "platform/appliance_paths.h"
+
+#include <json/reader.h>
+#include <json/writer.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+
+namespace {
+
+constexpr char kSourceName[] = "privilege";
+constexpr int kAccessLine = 61;
+constexpr int kParseLine = 70;
+
+/// The member of an object, or null: also of a document that is no object.
+Json::Value const& MemberOf(Json::Value const& document, std::string const& key)
+{
+    return document.isObject() ? document[key] : Json::Value::nullSingleton();
+}
+
+/// Makes an object of a value that is none.
+Json::Value& ObjectAt(Json::Value& value)
+{
+    if (!value.isObject()) {
+        value = Json::Value(Json::objectValue);
+    }
+    return value;
+}
+
+/// Parses a whole stream; false if it is not JSON, or nested too deep, which the reader throws.
+bool Parse(std::istream& stream, Json::Value& document)
+{
+    constexpr bool kCollectComments = true;
+    try {
+        return Json::Reader().parse(stream, document, kCollectComments);
+    } catch (Json::Exception const&) {
+        document = Json::Value(Json::objectValue); // nothing granted by half a document
+        return false;
+    }
+}
+
+} // namespace
+
+PrivilegeFile::~PrivilegeFile()
+{
+    if (m_dirty) {
+        Save();
+    }
+}
+
+bool PrivilegeFile::GetPrivilege(unsigned int uid, std::string const& key)
+{
+    if (!m_loaded) {
+        Load();
+    }
+    Json::Value const& privilege = MemberOf(MemberOf(m_document, UidKey(uid)), key);
+    return privilege.isBool() && privilege.asBool();
+}
+
+void PrivilegeFile::SetPrivilege(unsigned int uid, std::string const& key, bool value)
+{
+    m_dirty = true;
+    if (!m_loaded) {
+        Load();
+    }
+    Json::Value& user = ObjectAt(ObjectAt(m_document)[UidKey(uid)]);
+    user[key] = value;
+}
+
+void PrivilegeFile::Load()
+{
+    m_loaded = true;
+    char const* const path = appliance::kPrivilegeFile;
+    if (::access(path, R_OK) != 0) {
+        if (errno != ENOENT) {
+            ::syslog(LOG_ERR, "%s:%d failed to access config file [%s] %s", kSourceName,
+                     kAccessLine, path, std::strerror(errno));
+        }
+        return;
+    }
+    std::ifstream file(path);
+    if (!Parse(file, m_document)) {
+        ::syslog(LOG_ERR, "%s:%d failed to parse json file[%s]", kSourceName, kParseLine, path);
+    }
+}
+
+void PrivilegeFile::Save()
+{
+    std::ofstream file(appliance::kPrivilegeFile, std::ios::trunc);
+    if (file) {
+        file << Json::FastWriter().write(m_document);
+    }
+    m_dirty = false;
+}
+
+std::string PrivilegeFile::UidKey(unsigned int uid)
+{
+    return std::to_string(uid);
+}

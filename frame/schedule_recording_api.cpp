@@ -1,0 +1,69 @@
+/// @file The dispatcher, and what every method needs of the frame.
+#include "frame/schedule_recording_api.h"
+
+#include "frame/web_api_error.h"
+#include "platform/record_members.h"
+#include "tremolane/recording_service.h"
+
+#include <strings.h>
+
+#include <cstdlib>
+
+namespace {
+
+struct Method {
+    char const* name;
+    void (*run)(ScheduleRecordingAPI& api);
+};
+
+} // namespace
+
+ScheduleRecordingAPI::ScheduleRecordingAPI() = default;
+
+ScheduleRecordingAPI::~ScheduleRecordingAPI() = default;
+
+void ScheduleRecordingAPI::Process()
+{
+    using Api = ScheduleRecordingAPI;
+    static constexpr Method kMethods[] = {
+        {"list", [](Api& api) { api.ListSchedule(); }},
+        {"getinfo_repeat", [](Api& api) { api.GetRepeatInfo(); }},
+        {"getinfo_userdefine", [](Api& api) { api.GetUserDefineInfo(); }},
+        {"create", [](Api& api) { api.CreateSchedule(); }},
+        {"delete", [](Api& api) { api.DeleteSchedule(); }},
+        {"delete_passed", [](Api& api) { api.DeletePassedSchedule(); }},
+        {"create_repeat", [](Api& api) { api.CreateRepeatSchedule(); }},
+        {"edit_repeat", [](Api& api) { api.EditRepeatSchedule(); }},
+        {"delete_repeat", [](Api& api) { api.DeleteRepeatSchedule(); }},
+        {"create_userdefine", [](Api& api) { api.CreateUserDefine(); }},
+        {"edit_userdefine", [](Api& api) { api.EditUserDefine(); }},
+        {"delete_userdefine", [](Api& api) { api.DeleteUserDefine(); }},
+    };
+    if (!IsAllowDtv()) {
+        SetError(kErrorNoPrivilege);
+        return;
+    }
+    for (Method const& method : kMethods) {
+        if (IsMethod(method.name)) {
+            method.run(*this);
+        }
+    }
+}
+
+bool ScheduleRecordingAPI::IsMethod(char const* name) const
+{
+    return ::strcasecmp(m_request.m_methodName, name) == 0;
+}
+
+std::optional<int> ScheduleRecordingAPI::RequestTuner()
+{
+    char const* const text = m_request.In("tuner", nullptr);
+    return text != nullptr ? std::optional(static_cast<int>(std::strtol(text, nullptr, 10)))
+                           : std::nullopt;
+}
+
+void ScheduleRecordingAPI::ReportLibraryError(Json::Value& out)
+{
+    Json::Value const& error = out[appliance::member::kErrno];
+    SetError(error.isNull() ? kErrorFailed : MappErrorCode(error.asInt()));
+}

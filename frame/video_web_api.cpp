@@ -1,0 +1,117 @@
+/// @file The authorisation gate and the privilege questions.
+#include "frame/video_web_api.h"
+
+#include "frame/privilege.h"
+#include "frame/web_api_error.h"
+#include "kald/user.h"
+
+#include <cstdio>
+
+namespace Tremolane {
+
+namespace {
+
+/// The host's answers that have an error code of their own.
+constexpr int kHostNoLogin = -1;
+constexpr int kHostLocked = -3;
+
+int ErrorOfRefusal(int hostResult)
+{
+    switch (hostResult) {
+    case kHostLocked:
+        return kErrorLocked;
+    case kHostNoLogin:
+        return kErrorNoLogin;
+    default:
+        return kErrorNoPrivilege;
+    }
+}
+
+} // namespace
+
+VideoWebAPI::VideoWebAPI() : WebAPI("Tremolane.api", "Tremolane") {}
+
+VideoWebAPI::~VideoWebAPI() = default;
+
+int VideoWebAPI::CheckAuthorized()
+{
+    int const hostResult = WebAPI::CheckAuthorized();
+    if (hostResult > 0 || CheckSharing()) {
+        return 1;
+    }
+    SetError(ErrorOfRefusal(hostResult));
+    return 0;
+}
+
+bool VideoWebAPI::SupportsSharing()
+{
+    return false;
+}
+
+bool VideoWebAPI::IsSharingIdValid(std::string const& /*id*/)
+{
+    return true;
+}
+
+bool VideoWebAPI::CheckSharing()
+{
+    if (m_sharingState == kSharingUnknown) {
+        m_sharingState = SupportsSharing() && CheckSharingId() ? kSharingAllowed : kSharingRefused;
+    }
+    return m_sharingState == kSharingAllowed;
+}
+
+bool VideoWebAPI::CheckSharingId()
+{
+    std::string const id = m_request.In("sharing_id", "");
+    return !id.empty() && IsSharingIdValid(id);
+}
+
+void VideoWebAPI::SendNotFoundPage()
+{
+    std::fputs("Cache-control: no-store\r\nStatus: 404 Not Found\r\n\r\n", stdout);
+    std::fflush(stdout);
+}
+
+bool VideoWebAPI::IsAllowDtv()
+{
+    return HasPrivilege("dtv");
+}
+
+bool VideoWebAPI::IsAllowSharing()
+{
+    return HasPrivilege("sharing");
+}
+
+bool VideoWebAPI::IsAllowRenderer()
+{
+    return HasPrivilege("renderer");
+}
+
+bool VideoWebAPI::HasPrivilege(char const* key)
+{
+    if (m_request.IsAdmin() != 0) {
+        return true;
+    }
+    unsigned int uid = 0;
+    PrivilegeFile privileges;
+    GetLoginUid(&uid); // of a user who cannot be found, the entry of uid 0 decides
+    return privileges.GetPrivilege(uid, key);
+}
+
+bool VideoWebAPI::GetLoginUid(unsigned int* uid)
+{
+    KALDUser* user = nullptr;
+    bool const found = KALDUserGet(m_request.GetLoginUserName().c_str(), &user) != -1;
+    if (found) {
+        *uid = user->uid;
+    } else {
+        SetError(kErrorFailed);
+    }
+    if (user != nullptr) {
+        KALDUserFree(user);
+    }
+    return found;
+}
+
+} // namespace Tremolane

@@ -1,0 +1,216 @@
+/// @file The method `list`: both kinds of schedules in one sorted page, ready for display.
+#include "frame/schedule_recording_api.h"
+
+#include "frame/web_api_error.h"
+#include "kald/web_api_util.h"
+#include "platform/appliance_paths.h"
+#include "platform/record_members.h"
+#include "schedule/data/schedule_file.h"
+#include "schedule/data/unique_id.h"
+#include "tremolane/recording_service.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using namespace appliance;
+
+Json::StaticString const kSchedules{"schedules"};
+Json::StaticString const kStart{"start"};
+Json::StaticString const kTotal{"total"};
+Json::StaticString const kPrimeId{"primeid"};
+Json::StaticString const kIsUserDefine{"is_userdefine"};
+Json::StaticString const kWeekday{"weekday"};
+
+constexpr int kWholeList = -1;
+
+constexpr int kRawRepeat = 19;
+constexpr int kRawRepeatOther = 20;
+
+/// View status by raw status; a number beyond the table shows as 0, too.
+constexpr int kViewStatus[] = {
+    0,  0,  2, 3,  1,  0,  0, 0,  //  0 to  7
+    4,  11, 5, 6,  7,  8,  9, 10, //  8 to 15
+    11, 0,  0, 12, 13, 14, 0, 15, // 16 to 23
+};
+
+int ViewStatus(int raw)
+{
+    return raw >= 0 && raw < static_cast<int>(std::size(kViewStatus)) ? kViewStatus[raw] : 0;
+}
+
+/// What one schedule shows, whichever store it comes from.
+struct ScheduleNode {
+    int start_time; ///< epoch seconds
+    std::string channel_name;
+    std::string description;
+    int duration; ///< seconds
+    std::string id;
+    int status; ///< raw
+    std::string title;
+};
+
+ScheduleNode MakeNode(Json::Value const& record, std::string id)
+{
+    return {record[member::kStartTime].asInt(),
+            record[member::kChannelName].asString(),
+            record[member::kDescription].asString(),
+            record[member::kDuration].asInt(),
+            std::move(id),
+            record[member::kStatus].asInt(),
+            record[member::kTitle].asString()};
+}
+
+/// The order of a list: by start time.
+struct StartTimeOrder {
+    bool operator()(ScheduleNode const& left, ScheduleNode const& right) const
+    {
+        return left.start_time < right.start_time;
+    }
+};
+
+void WriteNode(ScheduleNode& node, Json::Value& element)
+{
+    char primeId[128];
+    std::snprintf(primeId, sizeof primeId, "%d.%s.%d", node.start_time, node.id.c_str(),
+                  node.status);
+    element[member::kStartTime] = node.start_time;
+    element[member::kChannelName] = std::move(node.channel_name);
+    element[member::kDescription] = std::move(node.description);
+    element[member::kDuration] = node.duration;
+    element[member::kId] = std::move(node.id);
+    element[member::kStatus] = node.status;
+    element[member::kTitle] = std::move(node.title);
+    element[kPrimeId] = primeId;
+}
+
+/// Whether a user-defined record of the schedule's start and tuner makes it a user-defined one: a
+/// repeating record stands for the rule, not for the one-shot schedules made from it.
+bool IsUserDefine(int raw, int startTime, int tuner)
+{
+    Json::Value record;
+    if (KALDTremolane::ReadUserDefineFromFile(record, startTime, tuner) < 0) {
+        return false;
+    }
+    return raw == kRawRepeat || raw == kRawRepeatOther || !record[member::kIsRepeat].asBool();
+}
+
+} // namespace
+
+void ScheduleRecordingAPI::ListSchedule()
+{
+    Json::Value response;
+    FillPage(response);
+    if (response[kSchedules].isNull()) {
+        response[kStart] = 0;
+        response[kTotal] = 0U;
+        response[kSchedules] = Json::Value(Json::arrayValue);
+    }
+    SetResponse(response);
+}
+
+void ScheduleRecordingAPI::FillPage(Json::Value& response)
+{
+    int start = 0;
+    int limit = kWholeList;
+    bool const startParsed = KALD::WebAPIUtil::ParseInt(m_request.In("start", "0"), &start);
+    bool const limitParsed = KALD::WebAPIUtil::ParseInt(m_request.In("limit", "-1"), &limit);
+    if (!startParsed || !limitParsed) {
+        SetError(kErrorBadParameter);
+        return;
+    }
+    int const tuner = RequestTuner().value_or(0);
+    Json::Value out;
+    if (!KALDTremolane::GetSchedule(out, tuner)) {
+        ReportLibraryError(out);
+        return;
+    }
+    Json::Value repeat;
+    LoadRecordFile(repeat, RepeatFile(tuner));
+    Json::Value view;
+    if (out[member::kList].isArray()) {
+        view[kSchedules].swap(out[member::kList]);
+    } else if (repeat.empty()) {
+        return;
+    }
+    MergeSchedules(view, repeat);
+    Json::ArrayIndex const total = view[kSchedules].size();
+    if (start < 0 || total < static_cast<Json::ArrayIndex>(start)) {
+        SetError(kErrorBadParameter);
+        return;
+    }
+    if (limit == kWholeList) {
+        response[kSchedules].swap(view[kSchedules]);
+    } else {
+        SlicePage(view, response, start, limit);
+    }
+    FillStatus(response, tuner);
+    response[kStart] = start;
+    response[kTotal] = total;
+    FillStartText(response);
+}
+
+void ScheduleRecordingAPI::MergeSchedules(Json::Value& view, Json::Value& repeat)
+{
+    Json::Value& schedules = view[kSchedules];
+    std::vector<ScheduleNode> nodes;
+    nodes.reserve(schedules.size() + repeat.size());
+    for (Json::Value const& record : std::as_const(schedules)) {
+        nodes.push_back(MakeNode(record, record[member::kId].asString()));
+    }
+    for (Json::Value const& record : std::as_const(repeat)) {
+        nodes.push_back(MakeNode(record, RenderUniqueId(record)));
+    }
+    std::reverse(nodes.begin(), nodes.end()); // of equal start times the later comes first
+    std::stable_sort(nodes.begin(), nodes.end(), StartTimeOrder());
+    Json::ArrayIndex position = 0;
+    for (ScheduleNode& node : nodes) {
+        WriteNode(node, schedules[position++]);
+    }
+}
+
+void ScheduleRecordingAPI::SlicePage(Json::Value& view, Json::Value& page, int start, int limit)
+{
+    Json::Value& schedules = view[kSchedules];
+    int const size = static_cast<int>(schedules.size());
+    int count = 0;
+    for (int index = std::max(start, 0); index < size; ++index) {
+        page[kSchedules].append(schedules[index]);
+        if (++count >= limit) { // after the append: a page has one schedule at least
+            return;
+        }
+    }
+}
+
+void ScheduleRecordingAPI::FillStatus(Json::Value& page, int tuner)
+{
+    for (Json::Value& schedule : page[kSchedules]) {
+        int const raw = schedule[member::kStatus].asInt();
+        schedule[kIsUserDefine] = IsUserDefine(raw, schedule[member::kStartTime].asInt(), tuner);
+        schedule[member::kStatus] = ViewStatus(raw);
+    }
+}
+
+void ScheduleRecordingAPI::FillStartText(Json::Value& page)
+{
+    for (Json::Value& schedule : page[kSchedules]) {
+        std::time_t const time = schedule[member::kStartTime].asInt();
+        std::tm local{};
+        if (::localtime_r(&time, &local) == nullptr) {
+            schedule[kStart] = "";
+            schedule[kWeekday] = "";
+            continue;
+        }
+        char text[64];
+        std::snprintf(text, sizeof text, "%d/%02d/%02d %02d:%02d", local.tm_year + 1900,
+                      local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min);
+        schedule[kStart] = text;
+        schedule[kWeekday] = local.tm_wday;
+    }
+}

@@ -1,0 +1,72 @@
+/// @file The replaced C library calls: a program's own definition stands before the library's.
+#include "tests/support/seams.h"
+
+#include <fcntl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cstdarg>
+#include <cstdio>
+
+namespace seams {
+
+std::vector<LogLine> logged;
+std::optional<std::time_t> now;
+std::vector<std::string> opened;
+
+void Reset()
+{
+    logged.clear();
+    now.reset();
+    opened.clear();
+}
+
+static void Record(int priority, char const* format, va_list arguments)
+{
+    char text[1024];
+    std::vsnprintf(text, sizeof text, format, arguments);
+    logged.push_back({priority, text});
+}
+
+} // namespace seams
+
+extern "C" {
+
+void syslog(int priority, char const* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    seams::Record(priority, format, arguments);
+    va_end(arguments);
+}
+
+void __syslog_chk(int priority, int /*flag*/, char const* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    seams::Record(priority, format, arguments);
+    va_end(arguments);
+}
+
+time_t time(time_t* out) noexcept
+{
+    timespec real{};
+    clock_gettime(CLOCK_REALTIME, &real);
+    time_t const now = seams::now.value_or(real.tv_sec);
+    if (out != nullptr) {
+        *out = now;
+    }
+    return now;
+}
+
+int open(char const* path, int flags, ...)
+{
+    va_list arguments;
+    va_start(arguments, flags);
+    mode_t const mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    seams::opened.emplace_back(path);
+    return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
+}
+
+} // extern "C"
