@@ -95,7 +95,7 @@ public:
         return found != m_parameters.end() ? found->second.c_str() : fallback;
     }
 
-    std::string m_login = Environment("REMOTE_USER");
+    std::string m_login;
 
 private:
     std::unordered_map<std::string, std::string> m_parameters;
@@ -107,6 +107,7 @@ WebCGI::~WebCGI() = default;
 
 bool WebCGI::Read()
 {
+    m_request->m_login = Environment("REMOTE_USER");
     m_request->AddParameters(Environment("QUERY_STRING"));
     if (std::strcmp(Environment("REQUEST_METHOD"), "POST") == 0 && !ReadForm()) {
         return false;

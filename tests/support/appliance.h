@@ -1,25 +1,23 @@
-/// @file The fixture of most tests: a fresh appliance tree, and requests run in this process.
+/// @file The fixture of most tests: a fresh appliance tree, requests run in this process, and
+/// tables of them.
 #pragma once
+
+#include "frame/schedule_recording_api.h"
 
 #include <gtest/gtest.h>
 #include <json/value.h>
 
-#include <functional>
 #include <map>
 #include <string>
 #include <vector>
 
-namespace KALD {
-class WebAPI;
-}
-
-/// A request as the web server would hand it over.
+/// A request as the web server would hand it over. What is empty is unset.
 struct Request {
-    std::string query;          ///< QUERY_STRING
-    std::string user = "admin"; ///< REMOTE_USER; empty: no login
-    std::string method = "GET"; ///< REQUEST_METHOD
-    std::string body;           ///< standard input
-    std::string contentLength;  ///< CONTENT_LENGTH; empty: unset
+    std::string query;              ///< QUERY_STRING
+    std::string user = "admin";     ///< REMOTE_USER
+    std::string method = "GET";     ///< REQUEST_METHOD
+    std::string body = "";          ///< standard input
+    std::string contentLength = ""; ///< CONTENT_LENGTH
     std::string contentType = "application/x-www-form-urlencoded";
 };
 
@@ -30,30 +28,75 @@ struct Outcome {
     std::vector<int> codes; ///< every recorded error code, in order
 };
 
+/// Files by their path below the root of the tree.
+using Files = std::map<std::string, std::string>;
+
+/// A row of a table: given these files and this request, this answer and these files afterwards. A
+/// file of the package or command of the daemon that a row does not name must not have changed.
+struct Row {
+    std::string name;
+    std::string query;
+    std::vector<int> codes = {}; ///< recorded, in order; the first must be the answered one
+    std::string data = "";       ///< the answer's data as JSON; empty: none
+    Files before = {};           ///< beside those of the table; empty text: removed
+    Files after = {};            ///< as JSON where it is JSON; empty text: there is no such file
+    std::string commands = "";   ///< the daemon's commands, each followed by a ";"
+    std::string log = "";        ///< lines logged, each followed by a ";"
+    std::string user = "admin";
+};
+
 /// A tree with an administrator (admin, uid 1024), a user with the privilege dtv (viewer, 1026),
 /// one without (guest, 1027), a locked account (locked, 1028), an administrator without a uid
-/// (nouid), a recording folder and a running daemon.
+/// (nouid), one without an account (ghost), a recording folder and a running daemon.
 class Appliance : public ::testing::Test {
 protected:
-    void SetUp() override;
+    void SetUp() override { Reset(); }
 
-    /// Runs `Process` of the whole endpoint for a request, in this process.
-    static Outcome Run(Request const& request);
+    static void Reset();
+
+    /// Runs the whole endpoint, or a host class of the test's own, for a request.
+    template <class Api = ScheduleRecordingAPI>
+    static Outcome Run(Request const& request)
+    {
+        struct Probe : Api {
+            using Api::m_errors;
+        } api;
+        return RunAs(request, api, api.m_errors);
+    }
     static Outcome Run(std::string const& query) { return Run(Request{.query = query}); }
 
-    /// Runs a host class of the test's own for a request.
-    static Outcome RunApi(Request const& request, KALD::WebAPI& api);
+    /// Runs each row in a fresh tree with the files of `base`.
+    static void Check(Files const& base, std::vector<Row> const& rows);
 
 public:
-    /// Files below the root of the tree; writing makes the folders, reading a missing file is "".
+    /// Writing makes the folders that are missing; a missing file reads as empty.
     static void Write(std::string const& path, std::string const& text);
     static std::string Read(std::string const& path);
     static void Remove(std::string const& path);
-    static Json::Value ReadJson(std::string const& path);
+    static std::string PathOf(std::string const& path);
+
+private:
+    static Outcome RunAs(Request const& request, KALD::WebAPI& api, Json::Value const& errors);
+    static void CheckRow(Files const& base, Row const& row);
 };
 
 /// Parses JSON; null if it is none.
 Json::Value Parsed(std::string const& text);
+
+/// Replaces every `from` in `text`.
+std::string Replaced(std::string text, std::string const& from, std::string const& to);
+
+/// Makes the local time zone another one for as long as it lives.
+class Zone {
+public:
+    explicit Zone(char const* name);
+    ~Zone();
+    Zone(Zone const&) = delete;
+    Zone& operator=(Zone const&) = delete;
+
+private:
+    std::string m_old;
+};
 
 inline constexpr char kEtc[] = "/var/packages/Tremolane/etc/";
 inline constexpr char kOneShot[] = "/var/packages/Tremolane/etc/dtvschedules/0dtv_schedule.json";
