@@ -5,8 +5,10 @@
 
 #include "frame/privilege.h"
 
-// clang-format off: tables of requests are laid out by hand
 namespace {
+
+// Tables of requests are laid out by hand.
+// clang-format off
 
 constexpr char kEmptyList[] = R"({"schedules":[],"start":0,"total":0})";
 
@@ -16,48 +18,32 @@ TEST_F(FrameTest, DecidesWhoMayAskBeforeAnyMethodRuns)
 {
     Files const bare = {{kUsers, R"({"1026":{"dtv":true,"sharing":false},
         "1027":{"sharing":true,"renderer":true}, "2":{"dtv":1}, "3":{"dtv":"true"}, "4":true})"},
-                        {"/etc/passwd",
-                         "viewer:x:1026:1::/:\nguest:x:1027:1::/:\nlocked:!x:9:1::/:\n"
-                         "two:x:2:1::/:\nthree:x:3:1::/:\nfour:x:4:1::/:\nfive:x:5:1::/:\n"}};
+                        {"/etc/passwd", "viewer:x:1026:1::/:\nguest:x:1027:1::/:\nlocked:!x:9:1::/:\n"
+                                        "two:x:2:1::/:\nthree:x:3:1::/:\nfour:x:4:1::/:\nfive:x:5:1::/:\n"}};
     std::string const list = "method=list";
-    Check(bare,
-          {
-              {.name = "administrator", .query = list, .data = kEmptyList},
-              {.name = "administrator, broken privileges",
-               .query = list,
-               .data = kEmptyList,
-               .before = {{kUsers, "{"}}},
-              {.name = "granted", .query = list, .data = kEmptyList, .user = "viewer"},
-              {.name = "other privileges", .query = list, .codes = {105}, .user = "guest"},
-              {.name = "any method", .query = "method=nonsense", .codes = {105}, .user = "guest"},
-              {.name = "no method", .query = "", .codes = {105}, .user = "guest"},
-              {.name = "stores stay",
-               .query = "method=delete&tuner=0",
-               .codes = {105},
-               .user = "guest"},
-              {.name = "a number", .query = list, .codes = {105}, .user = "two"},
-              {.name = "a text", .query = list, .codes = {105}, .user = "three"},
-              {.name = "no object", .query = list, .codes = {105}, .user = "four"},
-              {.name = "no entry", .query = list, .codes = {105}, .user = "five"},
-              {.name = "no file",
-               .query = list,
-               .codes = {105},
-               .before = {{kUsers, ""}},
-               .user = "viewer"},
-              {.name = "no account", .query = list, .codes = {100, 105}, .user = "nobody"},
-              {.name = "no account, uid 0 granted",
-               .query = list,
-               .codes = {100},
-               .data = kEmptyList,
-               .before = {{kUsers, R"({"0":{"dtv":true}})"}},
-               .user = "nobody"},
-              {.name = "no login", .query = list, .codes = {106}, .user = ""},
-              {.name = "no login, shared link",
-               .query = list + "&sharing_id=x",
-               .codes = {106},
-               .user = ""},
-              {.name = "locked", .query = list, .codes = {107}, .user = "locked"},
-          });
+    Check(bare, {
+        {.name = "administrator", .query = list, .data = kEmptyList},
+        {.name = "administrator, broken privileges", .query = list, .data = kEmptyList,
+         .before = {{kUsers, "{"}}},
+        {.name = "granted", .query = list, .data = kEmptyList, .user = "viewer"},
+        {.name = "other privileges", .query = list, .codes = {105}, .user = "guest"},
+        {.name = "any method", .query = "method=nonsense", .codes = {105}, .user = "guest"},
+        {.name = "no method", .query = "", .codes = {105}, .user = "guest"},
+        {.name = "stores stay", .query = "method=delete&tuner=0", .codes = {105}, .user = "guest"},
+        {.name = "a number", .query = list, .codes = {105}, .user = "two"},
+        {.name = "a text", .query = list, .codes = {105}, .user = "three"},
+        {.name = "no object", .query = list, .codes = {105}, .user = "four"},
+        {.name = "no entry", .query = list, .codes = {105}, .user = "five"},
+        {.name = "no file", .query = list, .codes = {105}, .before = {{kUsers, ""}},
+         .user = "viewer"},
+        {.name = "no account", .query = list, .codes = {100, 105}, .user = "nobody"},
+        {.name = "no account, uid 0 granted", .query = list, .codes = {100}, .data = kEmptyList,
+         .before = {{kUsers, R"({"0":{"dtv":true}})"}}, .user = "nobody"},
+        {.name = "no login", .query = list, .codes = {106}, .user = ""},
+        {.name = "no login, shared link", .query = list + "&sharing_id=x", .codes = {106},
+         .user = ""},
+        {.name = "locked", .query = list, .codes = {107}, .user = "locked"},
+    });
 }
 
 TEST_F(FrameTest, RefusesOnPrivilegeFilesThatAreNotWhatTheyShouldBe)
@@ -65,31 +51,19 @@ TEST_F(FrameTest, RefusesOnPrivilegeFilesThatAreNotWhatTheyShouldBe)
     std::string const parseError =
         std::string("privilege:70 failed to parse json file[") + appliance::kPrivilegeFile + "];";
     Check({}, {
-                  {.name = "a number",
-                   .query = "",
-                   .codes = {105},
-                   .before = {{kUsers, "7"}},
-                   .user = "viewer"},
-                  {.name = "an array",
-                   .query = "",
-                   .codes = {105},
-                   .before = {{kUsers, "[1,2]"}},
-                   .user = "viewer"},
-                  {.name = "broken behind the entry",
-                   .query = "",
-                   .before = {{kUsers, R"({"1026":{"dtv":true},)"}},
-                   .log = parseError,
-                   .user = "viewer"},
-                  {.name = "nested deep",
-                   .query = "",
-                   .codes = {105},
-                   .before = {{kUsers, R"({"1026":{"dtv":true,"x":)" + std::string(100000, '[')}},
-                   .log = parseError,
-                   .user = "viewer"},
-              });
+        {.name = "a number", .query = "", .codes = {105}, .before = {{kUsers, "7"}},
+         .user = "viewer"},
+        {.name = "an array", .query = "", .codes = {105}, .before = {{kUsers, "[1,2]"}},
+         .user = "viewer"},
+        {.name = "broken behind the entry", .query = "",
+         .before = {{kUsers, R"({"1026":{"dtv":true},)"}}, .log = parseError, .user = "viewer"},
+        {.name = "nested deep", .query = "", .codes = {105},
+         .before = {{kUsers, R"({"1026":{"dtv":true,"x":)" + std::string(100000, '[')}},
+         .log = parseError, .user = "viewer"},
+    });
+    Reset();
     Remove(kUsers);
-    ASSERT_EQ(::symlink("users.conf", PathOf(kUsers).c_str()),
-              0); // a loop: access fails, not ENOENT
+    ASSERT_EQ(::symlink("users.conf", PathOf(kUsers).c_str()), 0); // a loop: access fails, not ENOENT
     EXPECT_EQ(Run(Request{.query = "", .user = "viewer"}).codes, std::vector{105});
     ASSERT_EQ(seams::logged.size(), 1U);
     EXPECT_EQ(seams::logged[0].text, std::string("privilege:61 failed to access config file [") +
@@ -111,68 +85,54 @@ TEST_F(FrameTest, WritesPrivilegesWhenTheFileObjectGoes)
 
 TEST_F(FrameTest, RunsTheNamedMethod)
 {
-    Check(
-        {},
-        {
-            {.name = "capitals", .query = "method=LIST", .data = kEmptyList},
-            {.name = "a prefix is no name", .query = "method=lis"},
-            {.name = "longer than the name", .query = "method=lists"},
-            {.name = "unknown", .query = "method=nonsense"},
-            {.name = "none", .query = ""},
-            {.name = "the first counts",
-             .query = "method=list&method=nonsense",
-             .data = kEmptyList},
-            {.name = "text ends at NUL", .query = "method=list%00x", .data = kEmptyList},
-            {.name = "keys are exact", .query = "METHOD=list"},
-            {.name = "a key without =",
-             .query = "method=list&limit",
-             .codes = {101},
-             .data = kEmptyList},
-            {.name = "broken escapes", .query = "method=list&%=%&%zz=%4&&=&=x", .data = kEmptyList},
-        });
+    Check({}, {
+        {.name = "capitals", .query = "method=LIST", .data = kEmptyList},
+        {.name = "a prefix is no name", .query = "method=lis"},
+        {.name = "longer than the name", .query = "method=lists"},
+        {.name = "unknown", .query = "method=nonsense"},
+        {.name = "none", .query = ""},
+        {.name = "the first counts", .query = "method=list&method=nonsense", .data = kEmptyList},
+        {.name = "text ends at NUL", .query = "method=list%00x", .data = kEmptyList},
+        {.name = "keys are exact", .query = "METHOD=list"},
+        {.name = "a key without =", .query = "method=list&limit", .codes = {101},
+         .data = kEmptyList},
+        {.name = "broken escapes", .query = "method=list&%=%&%zz=%4&&=&=x", .data = kEmptyList},
+    });
 }
 
 TEST_F(FrameTest, ReadsFormsFromBodies)
 {
-    std::string const list =
-        "{\"data\":{\"schedules\":[],\"start\":0,\"total\":0},\"success\":true}\n";
+    std::string const list = "{\"data\":{\"schedules\":[],\"start\":0,\"total\":0},\"success\":true}\n";
     std::string const bad = "{\"error\":{\"code\":101},\"success\":false}\n";
     std::string const done = "{\"success\":true}\n";
     std::string const form = "method=list";
-    auto const post = [](std::string body, std::string length, std::string type,
-                         std::string query) {
-        return Request{.query = query,
-                       .method = "POST",
-                       .body = body,
-                       .contentLength = length,
+    std::string const urlencoded = "application/x-www-form-urlencoded";
+    auto const post = [](std::string body, std::string length, std::string type, std::string query) {
+        return Request{.query = query, .method = "POST", .body = body, .contentLength = length,
                        .contentType = type};
     };
-    std::string const kForm = "application/x-www-form-urlencoded";
     struct {
         char const* name;
         Request request;
         std::string answer;
     } const cases[] = {
-        {"form", post(form, "11", kForm, ""), list},
-        {"form with a charset",
-         post(form, "11", "Application/X-WWW-Form-URLencoded; charset=x", ""), list},
+        {"form", post(form, "11", urlencoded, ""), list},
+        {"form with a charset", post(form, "11", "Application/X-WWW-Form-URLencoded; charset=x", ""), list},
         {"other type", post(form, "11", "text/plain", ""), done},
-        {"query string first", post("method=nonsense", "15", kForm, form), list},
-        {"no length", post(form, "", kForm, ""), done},
-        {"longer than it says", post("method=listxxx", "11", kForm, ""), list},
-        {"shorter than it says", post(form, "12", kForm, ""), bad},
-        {"huge length", post(form, "999999999999", kForm, ""), bad},
-        {"length above 64 bits", post(form, "99999999999999999999999", kForm, ""), bad},
-        {"negative length", post(form, "-1", kForm, ""), bad},
-        {"length is no number", post(form, "11x", kForm, ""), bad},
-        {"one byte over the limit", post(form + std::string(1048566, '&'), "1048577", kForm, ""),
-         bad},
-        {"as long as allowed", post(form + std::string(1048565, '&'), "1048576", kForm, ""), list},
+        {"query string first", post("method=nonsense", "15", urlencoded, form), list},
+        {"no length", post(form, "", urlencoded, ""), done},
+        {"longer than it says", post("method=listxxx", "11", urlencoded, ""), list},
+        {"shorter than it says", post(form, "12", urlencoded, ""), bad},
+        {"huge length", post(form, "999999999999", urlencoded, ""), bad},
+        {"length above 64 bits", post(form, "99999999999999999999999", urlencoded, ""), bad},
+        {"negative length", post(form, "-1", urlencoded, ""), bad},
+        {"length is no number", post(form, "11x", urlencoded, ""), bad},
+        {"one byte over the limit", post(form + std::string(1048566, '&'), "1048577", urlencoded, ""), bad},
+        {"as long as allowed", post(form + std::string(1048565, '&'), "1048576", urlencoded, ""), list},
         {"GET has no body", {.query = "", .body = form, .contentLength = "11"}, done},
     };
     for (auto const& [name, request, answer] : cases) {
-        EXPECT_EQ(Run(request).raw,
-                  "Content-Type: application/json; charset=utf-8\r\n\r\n" + answer)
+        EXPECT_EQ(Run(request).raw, "Content-Type: application/json; charset=utf-8\r\n\r\n" + answer)
             << name;
     }
 }
@@ -209,9 +169,9 @@ TEST_F(FrameTest, LetsValidSharedLinksPassWhereTheyAreServed)
         std::vector<int> codes;
         int supportAsked, idsAsked;
     } const cases[] = {
-        {"sharing_id=good", "", {}, 1, 1},   {"sharing_id=good", "locked", {}, 1, 1},
-        {"sharing_id=bad", "", {106}, 1, 1}, {"sharing_id=bad", "locked", {107}, 1, 1},
-        {"sharing_id=", "", {106}, 1, 0},    {"", "", {106}, 1, 0},
+        {"sharing_id=good", "", {}, 1, 1},         {"sharing_id=good", "locked", {}, 1, 1},
+        {"sharing_id=bad", "", {106}, 1, 1},       {"sharing_id=bad", "locked", {107}, 1, 1},
+        {"sharing_id=", "", {106}, 1, 0},          {"", "", {106}, 1, 0},
     };
     for (auto const& row : cases) {
         SCOPED_TRACE(std::string(row.query) + " " + row.user);
