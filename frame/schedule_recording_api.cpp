@@ -1,13 +1,13 @@
 /// @file The dispatcher, and what every method needs of the frame.
 #include "frame/schedule_recording_api.h"
 
+#include "frame/decimal.h"
 #include "frame/web_api_error.h"
 #include "platform/record_members.h"
 #include "tremolane/recording_service.h"
+#include "tremolane/tuner_daemon.h"
 
 #include <strings.h>
-
-#include <cstdlib>
 
 namespace {
 
@@ -58,12 +58,20 @@ bool ScheduleRecordingAPI::IsMethod(char const* name) const
 std::optional<int> ScheduleRecordingAPI::RequestTuner()
 {
     char const* const text = m_request.In("tuner", nullptr);
-    return text != nullptr ? std::optional(static_cast<int>(std::strtol(text, nullptr, 10)))
-                           : std::nullopt;
+    return text != nullptr ? std::optional(LeadingInt(text)) : std::nullopt;
 }
 
 void ScheduleRecordingAPI::ReportLibraryError(Json::Value& out)
 {
     Json::Value const& error = out[appliance::member::kErrno];
     SetError(error.isNull() ? kErrorFailed : MappErrorCode(error.asInt()));
+}
+
+bool ScheduleRecordingAPI::ReloadDaemon()
+{
+    bool const reloaded = KALDDTVDReloadSchedule();
+    if (!reloaded) {
+        SetError(kErrorFailed);
+    }
+    return reloaded;
 }

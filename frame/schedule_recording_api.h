@@ -6,7 +6,9 @@
 #include <json/value.h>
 
 #include <cstddef>
+#include <ctime>
 #include <optional>
+#include <set>
 #include <string>
 
 /// One request of the scheduled-recording API. A method reports failure by an error code; those
@@ -49,9 +51,32 @@ protected:
     /// Stores one or several one-shot schedules. True if all were stored and the daemon reloaded.
     bool CreateSchedule();
 
+    /// Stores one schedule, or one for each piece of comma-separated `ids` and `starts`; false, and
+    /// the error set, if one was not stored. The others stay.
+    bool StoreSchedule(int tuner, std::string const& id, std::string const& start,
+                       std::string const& uid);
+    bool StoreSchedules(int tuner, std::string const& ids, std::string const& starts,
+                        std::string const& uid);
+
+    /// The uid, in decimal, under which a schedule of either kind would be stored; none, and the
+    /// error set, without a recording folder or a login user that has one.
+    std::optional<std::string> OneShotOwner();
+    std::optional<std::string> RepeatOwner();
+
+    /// The login user's uid in decimal; none, the failure logged under one of the line numbers and
+    /// the error set, without such a user or without its uid.
+    std::optional<std::string> LoginUidText(int lookupLine, int uidLine);
+
     /// Deletes a one-shot schedule and stops its recording, or stops the tuner's recording. 0 after
     /// a clean delete for `delete_userdefine`, else 1, also after a failure.
     int DeleteSchedule();
+
+    /// Stops whatever the tuner records; false, and the error set, if that fails.
+    bool StopTuner(int tuner);
+
+    /// Removes one schedule from the store and stops its recording; false, and the error set, at
+    /// the first step that fails.
+    bool RemoveSchedule(int tuner, std::string const& start, std::string const& channelId);
 
     /// Deletes a tuner's one-shot schedules that have ended.
     void DeletePassedSchedule();
@@ -73,21 +98,53 @@ protected:
     /// Stores a schedule together with its user-defined record. True if the schedule was stored.
     bool CreateUserDefine();
 
-    /// Replaces a user-defined schedule by another one, if the new times are free.
-    void EditUserDefine();
-
-    /// Deletes user-defined schedules and their records.
-    void DeleteUserDefine();
-
-    /// Answers one user-defined schedule, or the defaults of a new one.
-    void GetUserDefineInfo();
+    /// Runs the plain create for the schedule of a record that was just saved.
+    bool StoreUserDefine(bool isRepeat);
 
     /// Writes the record of the schedule that the parameters describe, in the place of one with the
     /// same start and tuner. Its start in epoch seconds, or -1 if it was not saved.
     int SaveUserDefineRecord();
 
-    /// Takes the record of that start and tuner out of the file.
+    /// Fills a record, but its tuner, from the parameters; false if one is missing or unusable.
+    bool DescribeUserDefine(Json::Value& record);
+
+    /// Takes the record of that start and tuner, or those of several starts, out of the file.
     void RemoveUserDefineRecord(int start, int tuner);
+    void RemoveUserDefineRecords(std::set<int> const& starts, int tuner);
+
+    /// Replaces a user-defined schedule by another one, if the new times are free; if the new one
+    /// cannot be stored, the old one is put back.
+    void EditUserDefine();
+
+    /// The two schedule files of a tuner while an edit works on them.
+    struct StoredSchedules;
+
+    /// The new schedule of an edit, and by what the old one is found.
+    struct UserDefineEdit;
+
+    /// The stages of an edit. Each answers false, with the error set, if the edit ends there; up to
+    /// CommitOneShots() nothing is changed on disk.
+    bool ValidateEdit(UserDefineEdit& edit);
+    void NeutraliseOld(StoredSchedules& stored);
+    bool IsFree(UserDefineEdit const& edit, StoredSchedules& stored);
+    bool CommitOneShots(int tuner, StoredSchedules& stored);
+    void ReplaceOld();
+
+    /// Deletes user-defined schedules and their records: those that the client names, or, for an
+    /// edit, the old one.
+    void DeleteUserDefine();
+    void DeleteNamedUserDefines();
+    void DeleteOldUserDefine();
+
+    /// Deletes the schedule of `m_userDefineRecord` through the plain method of its kind. False if
+    /// its record must stay.
+    bool DeleteRecordedSchedule();
+
+    /// Answers one user-defined schedule, or the defaults of a new one.
+    void GetUserDefineInfo();
+
+    /// The client's form filled from a record; `now` is epoch seconds.
+    Json::Value StoredScheduleInfo(Json::Value const& record, std::time_t now);
 
     // Shared by the methods: frame, schedule/data.
 
@@ -103,6 +160,9 @@ protected:
 
     /// Sets the error of a failed call into the recording service, from the `errno` in `out`.
     void ReportLibraryError(Json::Value& out);
+
+    /// Makes the daemon read the schedules again; false, and the error set, if that fails.
+    bool ReloadDaemon();
 
     /// Whether a folder for TV recordings exists.
     bool HasRecordFolder();

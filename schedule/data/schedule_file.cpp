@@ -22,3 +22,13 @@ bool LoadRecordFile(Json::Value& records, std::string const& path)
     }
     return true;
 }
+
+void KeepRecords(Json::Value& records, Json::Value& kept,
+                 std::function<bool(Json::Value& record)> const& isDropped)
+{
+    for (Json::Value& record : records) {
+        if (!isDropped(record)) {
+            kept.append(std::move(record));
+        }
+    }
+}

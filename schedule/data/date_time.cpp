@@ -1,0 +1,80 @@
+/// @file Conversions between the texts of clients and epoch seconds, all in local time.
+#include "frame/schedule_recording_api.h"
+
+#include "frame/decimal.h"
+#include "kald/web_api_util.h"
+
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <utility>
+
+namespace {
+
+constexpr std::size_t kDateLength = 10;
+constexpr std::size_t kTimeLength = 5;
+constexpr int kFailed = -1;
+
+/// Writes a number into a field of a broken-down time; false if the field cannot hold it.
+bool SetField(int& field, long value)
+{
+    field = static_cast<int>(value);
+    return std::in_range<int>(value);
+}
+
+} // namespace
+
+int ScheduleRecordingAPI::DateTimeToEpoch(char const* date, char const* time)
+{
+    if (std::strlen(date) != kDateLength || std::strlen(time) != kTimeLength) {
+        return kFailed;
+    }
+    long year = 2000; // what does not scan keeps these values
+    long month = 1;
+    long day = 1;
+    long hour = 0;
+    long minute = 0;
+    std::sscanf(date, "%ld-%ld-%ld", &year, &month, &day); // ten characters never overflow a long
+    std::sscanf(time, "%ld:%ld", &hour, &minute);
+    std::time_t const now = ::time(nullptr);
+    std::tm local{};
+    if (::localtime_r(&now, &local) == nullptr) {
+        return kFailed;
+    }
+    local.tm_sec = 0;
+    if (!SetField(local.tm_year, year - 1900) || !SetField(local.tm_mon, month - 1) ||
+        !SetField(local.tm_mday, day) || !SetField(local.tm_hour, hour) ||
+        !SetField(local.tm_min, minute)) {
+        return kFailed;
+    }
+    std::time_t const epoch = ::mktime(&local); // tm_isdst is that of now
+    return std::in_range<int>(epoch) ? static_cast<int>(epoch) : kFailed;
+}
+
+int ScheduleRecordingAPI::TimeTextToSeconds(char const* text)
+{
+    int hours = 0;
+    int minutes = 0;
+    if (std::strlen(text) != kTimeLength || std::sscanf(text, "%d:%d", &hours, &minutes) != 2) {
+        return kFailed;
+    }
+    return hours * 3600 + minutes * 60;
+}
+
+int ScheduleRecordingAPI::SecondsToTimeText(char* buffer, std::size_t size, int seconds)
+{
+    int const minutes = seconds / 60;
+    return std::snprintf(buffer, size, "%.2d:%.2d", minutes / 60, minutes % 60);
+}
+
+bool ScheduleRecordingAPI::IsWeekdaySelected(int time, char const* weekdays)
+{
+    Json::Value const flags = KALD::WebAPIUtil::ParseToArray(weekdays, ",");
+    std::time_t const epoch = time;
+    std::tm local{};
+    if (::localtime_r(&epoch, &local) == nullptr) {
+        return false;
+    }
+    auto const weekday = static_cast<Json::ArrayIndex>(local.tm_wday);
+    return weekday < flags.size() && LeadingInt(flags[weekday].asCString()) == 1;
+}

@@ -1,0 +1,103 @@
+/// @file The method `getinfo_userdefine`: the client's form, filled for a stored schedule or for a
+/// new one.
+#include "frame/schedule_recording_api.h"
+
+#include "frame/web_api_error.h"
+#include "kald/web_api_util.h"
+#include "platform/record_members.h"
+#include "tremolane/recording_service.h"
+
+#include <ctime>
+
+namespace {
+
+using namespace appliance;
+
+constexpr char kDate[] = "%Y-%m-%d";
+constexpr char kTimeOfDay[] = "%R";
+constexpr char kWeekday[] = "%w";
+
+Json::StaticString const kStartWeekday{"start_weekday"};
+Json::StaticString const kTodayDate{"today_date"};
+
+/// A local date or time as text; empty if the time cannot be broken down.
+std::string LocalText(std::time_t time, char const* format)
+{
+    std::tm local{};
+    char text[64];
+    if (::localtime_r(&time, &local) == nullptr) {
+        return "";
+    }
+    return {text, std::strftime(text, sizeof text, format, &local)};
+}
+
+/// Seven flags, Sunday first, of which one is set: "%w" of strftime numbers the days so.
+std::string FlagsOf(std::string const& weekday)
+{
+    std::string flags;
+    for (int day = 0; day < 7; ++day) {
+        flags += day > 0 ? "," : "";
+        flags += std::to_string(day) == weekday ? '1' : '0';
+    }
+    return flags;
+}
+
+/// What both answers show of a start.
+Json::Value StartInfo(std::time_t start, std::time_t now)
+{
+    Json::Value info(Json::objectValue);
+    info[member::kStartDate] = LocalText(start, kDate);
+    info[member::kStartTime] = LocalText(start, kTimeOfDay);
+    info[kStartWeekday] = LocalText(start, kWeekday);
+    info[kTodayDate] = LocalText(now, kDate);
+    return info;
+}
+
+Json::Value NewScheduleInfo(std::time_t now)
+{
+    Json::Value info = StartInfo(now, now);
+    info[member::kChannelName] = "";
+    info[member::kChannelId] = "";
+    info[member::kDuration] = "00:30";
+    info[member::kTitle] = "";
+    info[member::kDescription] = "";
+    info[member::kIsRepeat] = false;
+    info[member::kWeekdayStatus] = FlagsOf(info[kStartWeekday].asString());
+    info[member::kEndDate] = "1";
+    return info;
+}
+
+} // namespace
+
+void ScheduleRecordingAPI::GetUserDefineInfo()
+{
+    int start = -1;
+    bool const parsed = KALD::WebAPIUtil::ParseInt(m_request.In("start_time", "-1"), &start);
+    std::optional<int> const tuner = RequestTuner();
+    if (!parsed || !tuner) {
+        SetError(kErrorBadParameter);
+        return;
+    }
+    std::time_t const now = ::time(nullptr);
+    Json::Value record;
+    bool const isStored =
+        start >= 0 && KALDTremolane::ReadUserDefineFromFile(record, start, *tuner) >= 0;
+    Json::Value info = isStored ? StoredScheduleInfo(record, now) : NewScheduleInfo(now);
+    SetResponse(info);
+}
+
+Json::Value ScheduleRecordingAPI::StoredScheduleInfo(Json::Value const& record, std::time_t now)
+{
+    char duration[64];
+    SecondsToTimeText(duration, sizeof duration, record[member::kDuration].asInt());
+    Json::Value info = StartInfo(record[member::kStartTime].asInt(), now);
+    info[member::kChannelName] = record[member::kChannelName].asString();
+    info[member::kChannelId] = record[member::kChannelId].asString();
+    info[member::kDuration] = duration;
+    info[member::kTitle] = record[member::kEventName].asString();
+    info[member::kDescription] = record[member::kTextName].asString();
+    info[member::kIsRepeat] = record[member::kIsRepeat];
+    info[member::kWeekdayStatus] = record[member::kWeekdayStatus].asString();
+    info[member::kEndDate] = record[member::kEndDate].asString();
+    return info;
+}
