@@ -139,9 +139,10 @@ Outcome Appliance::RunAs(Request const& request, KALD::WebAPI& api, Json::Value 
     return outcome;
 }
 
-void Appliance::CheckRow(Files const& base, Row const& row)
+void Appliance::CheckRow(Files const& base, Row const& row, int now)
 {
     Reset();
+    seams::now = now != 0 ? std::optional<std::time_t>(now) : std::nullopt;
     Lay(base);
     Lay(row.before);
     Files expected = Snapshot();
@@ -151,7 +152,12 @@ void Appliance::CheckRow(Files const& base, Row const& row)
     if (!row.commands.empty()) {
         expected[kCommands] += Replaced(row.commands, ";", "\n");
     }
+    if (row.commandsBeforeFailure >= 0) {
+        seams::failingPath = PathOf(kCommands);
+        seams::opensBeforeFailure = row.commandsBeforeFailure;
+    }
     Outcome const outcome = Run(Request{.query = row.query, .user = row.user});
+    seams::failingPath.clear();
     EXPECT_EQ(outcome.codes, row.codes);
     EXPECT_EQ(outcome.body["success"].asBool(), row.codes.empty());
     EXPECT_EQ(outcome.body["error"]["code"].asInt(), row.codes.empty() ? 0 : row.codes.front());
@@ -166,11 +172,11 @@ void Appliance::CheckRow(Files const& base, Row const& row)
     }
 }
 
-void Appliance::Check(Files const& base, std::vector<Row> const& rows)
+void Appliance::Check(Files const& base, std::vector<Row> const& rows, int now)
 {
     for (Row const& row : rows) {
         SCOPED_TRACE(row.name + ": " + row.query);
-        CheckRow(base, row);
+        CheckRow(base, row, now);
     }
 }
 

@@ -43,6 +43,7 @@ struct Row {
     std::string commands = "";   ///< the daemon's commands, each followed by a ";"
     std::string log = "";        ///< lines logged, each followed by a ";"
     std::string user = "admin";
+    int commandsBeforeFailure = -1; ///< commands that reach the daemon before one fails; -1: all
 };
 
 /// A tree with an administrator (admin, uid 1024), a user with the privilege dtv (viewer, 1026),
@@ -65,8 +66,8 @@ protected:
     }
     static Outcome Run(std::string const& query) { return Run(Request{.query = query}); }
 
-    /// Runs each row in a fresh tree with the files of `base`.
-    static void Check(Files const& base, std::vector<Row> const& rows);
+    /// Runs each row in a fresh tree with the files of `base`, at the time `now` if it is not 0.
+    static void Check(Files const& base, std::vector<Row> const& rows, int now = 0);
 
 public:
     /// Writing makes the folders that are missing; a missing file reads as empty.
@@ -77,7 +78,7 @@ public:
 
 private:
     static Outcome RunAs(Request const& request, KALD::WebAPI& api, Json::Value const& errors);
-    static void CheckRow(Files const& base, Row const& row);
+    static void CheckRow(Files const& base, Row const& row, int now);
 };
 
 /// Parses JSON; null if it is none.

@@ -5,6 +5,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 
@@ -13,12 +14,15 @@ namespace seams {
 std::vector<LogLine> logged;
 std::optional<std::time_t> now;
 std::vector<std::string> opened;
+std::string failingPath;
+int opensBeforeFailure;
 
 void Reset()
 {
     logged.clear();
     now.reset();
     opened.clear();
+    failingPath.clear();
 }
 
 static void Record(int priority, char const* format, va_list arguments)
@@ -66,6 +70,10 @@ int open(char const* path, int flags, ...)
     mode_t const mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
     va_end(arguments);
     seams::opened.emplace_back(path);
+    if (path == seams::failingPath && seams::opensBeforeFailure-- <= 0) {
+        errno = EIO;
+        return -1;
+    }
     return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
 }
 

@@ -1,4 +1,5 @@
-/// @file What the test program puts in the place of the C library: the system log and the clock.
+/// @file What the test program puts in the place of the C library: the system log, the
+/// clock and files that do not open.
 #pragma once
 
 #include <ctime>
@@ -19,8 +20,10 @@ extern std::vector<LogLine> logged;
 /// What time() answers; none: the real time.
 extern std::optional<std::time_t> now;
 
-/// The paths given to open() since the test began.
+/// The paths given to open() since the test began, and how many more of `failingPath` succeed.
 extern std::vector<std::string> opened;
+extern std::string failingPath;
+extern int opensBeforeFailure;
 
 /// Back to the state before a test.
 void Reset();
