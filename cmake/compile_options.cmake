@@ -10,6 +10,4 @@ else()
     "$<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>")
 endif()
 
-include(CheckPIESupported)
-check_pie_supported(LANGUAGES CXX)
 add_link_options(-Wl,-z,relro,-z,now,-z,noexecstack)

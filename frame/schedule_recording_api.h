@@ -36,7 +36,7 @@ protected:
     /// an array or null and is only read.
     void MergeSchedules(Json::Value& view, Json::Value& repeat);
 
-    /// Appends to `page["schedules"]` at most `limit` elements of `view["schedules"]` from index
+    /// Moves to `page["schedules"]` at most `limit` elements of `view["schedules"]` from index
     /// `start` on, but one at least if there is one.
     void SlicePage(Json::Value& view, Json::Value& page, int start, int limit);
 

@@ -5,9 +5,11 @@
 #include "platform/standin/unique_id.h"
 #include "tremolane/recording_service.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <ctime>
+#include <iterator>
 
 namespace KALDTremolane {
 
@@ -26,17 +28,38 @@ std::string ChannelOf(Json::Value const& record)
     return frequency.isInt() ? id + '@' + frequency.asString() : id;
 }
 
-Json::Value ListedForm(Json::Value& record)
+/// The members that are listed, in the order in which a document keeps them.
+Json::StaticString const kListed[] = {member::kChannelName, member::kDescription, member::kDuration,
+                                      member::kId,          member::kStartTime,   member::kStatus,
+                                      member::kTitle};
+
+bool HasJustListed(Json::Value const& record)
+{
+    auto present = record.begin();
+    return record.size() == std::size(kListed) &&
+           std::all_of(std::begin(kListed), std::end(kListed),
+                       [&present](char const* name) { return (present++).name() == name; });
+}
+
+/// Makes of a stored record what is listed of it. In place where it can: a page of new objects
+/// costs as much as the parse.
+void MakeListed(Json::Value& record)
 {
     standin::RequireObject(record);
+    Json::Value id = ChannelOf(record);
+    for (char const* const name :
+         {member::kServiceId.c_str(), member::kFrequency.c_str(), member::kUid.c_str()}) {
+        record.removeMember(name);
+    }
+    record[member::kId].swap(id);
+    if (HasJustListed(record)) {
+        return;
+    }
     Json::Value listed(Json::objectValue);
-    listed[member::kId] = ChannelOf(record);
-    for (Json::StaticString const& name :
-         {member::kStartTime, member::kChannelName, member::kDescription, member::kDuration,
-          member::kStatus, member::kTitle}) {
+    for (Json::StaticString const& name : kListed) {
         listed[name].swap(record[name]);
     }
-    return listed;
+    record.swap(listed);
 }
 
 bool Matches(Json::Value const& record, ScheduleKey const& key)
@@ -73,7 +96,7 @@ bool GetSchedule(Json::Value& out, int tuner)
         return false;
     }
     for (Json::Value& record : records) {
-        record = ListedForm(record);
+        MakeListed(record);
     }
     out[member::kList].swap(records);
     return true;

@@ -45,48 +45,62 @@ int ViewStatus(int raw)
     return raw >= 0 && raw < static_cast<int>(std::size(kViewStatus)) ? kViewStatus[raw] : 0;
 }
 
-/// What one schedule shows, whichever store it comes from.
+/// What one schedule shows, whichever store it comes from. Texts are JSON strings, so that they
+/// move between documents without a copy.
 struct ScheduleNode {
     int start_time; ///< epoch seconds
-    std::string channel_name;
-    std::string description;
+    Json::Value channel_name;
+    Json::Value description;
     int duration; ///< seconds
-    std::string id;
+    Json::Value id;
     int status; ///< raw
-    std::string title;
+    Json::Value title;
 };
 
-ScheduleNode MakeNode(Json::Value const& record, std::string id)
+/// A value as text: copied out of a document that is only read, moved out of one that is not.
+Json::Value TextOf(Json::Value const& value)
+{
+    return value.asString();
+}
+
+Json::Value TextOf(Json::Value& value)
+{
+    return value.isString() ? std::move(value) : Json::Value(value.asString());
+}
+
+template <class Record>
+ScheduleNode MakeNode(Record& record, Json::Value id)
 {
     return {record[member::kStartTime].asInt(),
-            record[member::kChannelName].asString(),
-            record[member::kDescription].asString(),
+            TextOf(record[member::kChannelName]),
+            TextOf(record[member::kDescription]),
             record[member::kDuration].asInt(),
             std::move(id),
             record[member::kStatus].asInt(),
-            record[member::kTitle].asString()};
+            TextOf(record[member::kTitle])};
 }
 
-/// The order of a list: by start time.
+/// The order of a list: by start time; of equal ones that first which stands later in its array.
 struct StartTimeOrder {
-    bool operator()(ScheduleNode const& left, ScheduleNode const& right) const
+    bool operator()(ScheduleNode const* left, ScheduleNode const* right) const
     {
-        return left.start_time < right.start_time;
+        return left->start_time != right->start_time ? left->start_time < right->start_time
+                                                     : left > right;
     }
 };
 
 void WriteNode(ScheduleNode& node, Json::Value& element)
 {
     char primeId[128];
-    std::snprintf(primeId, sizeof primeId, "%d.%s.%d", node.start_time, node.id.c_str(),
+    std::snprintf(primeId, sizeof primeId, "%d.%s.%d", node.start_time, node.id.asCString(),
                   node.status);
     element[member::kStartTime] = node.start_time;
-    element[member::kChannelName] = std::move(node.channel_name);
-    element[member::kDescription] = std::move(node.description);
+    element[member::kChannelName].swap(node.channel_name);
+    element[member::kDescription].swap(node.description);
     element[member::kDuration] = node.duration;
-    element[member::kId] = std::move(node.id);
+    element[member::kId].swap(node.id);
     element[member::kStatus] = node.status;
-    element[member::kTitle] = std::move(node.title);
+    element[member::kTitle].swap(node.title);
     element[kPrimeId] = primeId;
 }
 
@@ -161,17 +175,21 @@ void ScheduleRecordingAPI::MergeSchedules(Json::Value& view, Json::Value& repeat
     Json::Value& schedules = view[kSchedules];
     std::vector<ScheduleNode> nodes;
     nodes.reserve(schedules.size() + repeat.size());
-    for (Json::Value const& record : std::as_const(schedules)) {
-        nodes.push_back(MakeNode(record, record[member::kId].asString()));
+    for (Json::Value& record : schedules) {
+        nodes.push_back(MakeNode(record, TextOf(record[member::kId])));
     }
     for (Json::Value const& record : std::as_const(repeat)) {
         nodes.push_back(MakeNode(record, RenderUniqueId(record)));
     }
-    std::reverse(nodes.begin(), nodes.end()); // of equal start times the later comes first
-    std::stable_sort(nodes.begin(), nodes.end(), StartTimeOrder());
-    Json::ArrayIndex position = 0;
+    std::vector<ScheduleNode*> order;
+    order.reserve(nodes.size());
     for (ScheduleNode& node : nodes) {
-        WriteNode(node, schedules[position++]);
+        order.push_back(&node);
+    }
+    std::sort(order.begin(), order.end(), StartTimeOrder());
+    Json::ArrayIndex position = 0;
+    for (ScheduleNode* const node : order) {
+        WriteNode(*node, schedules[position++]);
     }
 }
 
@@ -181,7 +199,7 @@ void ScheduleRecordingAPI::SlicePage(Json::Value& view, Json::Value& page, int s
     int const size = static_cast<int>(schedules.size());
     int count = 0;
     for (int index = std::max(start, 0); index < size; ++index) {
-        page[kSchedules].append(schedules[index]);
+        page[kSchedules].append(std::move(schedules[index]));
         if (++count >= limit) { // after the append: a page has one schedule at least
             return;
         }

@@ -1,0 +1,46 @@
+/// @file The floor below `delete_repeat`: reads the repeat file, leaves out the records of one
+/// start and saves it as durably, with jsoncpp and nothing else. The argument is that start.
+#include "platform/appliance_paths.h"
+#include "platform/record_members.h"
+
+#include <fcntl.h>
+#include <json/reader.h>
+#include <json/writer.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <string>
+
+int main(int /*count*/, char** arguments)
+{
+    using namespace appliance;
+    int const start = std::atoi(arguments[1]);
+    std::string const path = RepeatFile(0);
+    std::string text;
+    std::ifstream file(path);
+    std::getline(file, text, '\0'); // one call of the library for the whole file
+    Json::CharReaderBuilder readerBuilder;
+    readerBuilder["collectComments"] = false;
+    std::unique_ptr<Json::CharReader> const reader(readerBuilder.newCharReader());
+    Json::Value records;
+    reader->parse(text.data(), text.data() + text.size(), &records, nullptr);
+    Json::Value kept(Json::arrayValue);
+    for (Json::Value& record : records) {
+        if (record[member::kStartTime].asInt() != start) {
+            kept.append(std::move(record));
+        }
+    }
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "";
+    builder["emitUTF8"] = true;
+    std::string const out = Json::writeString(builder, kept);
+    std::string const temporary = path + ".tmp";
+    int const fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    bool const saved = ::write(fd, out.data(), out.size()) > 0 && ::fsync(fd) == 0 &&
+                       std::rename(temporary.c_str(), path.c_str()) == 0;
+    int const folder = ::open(path.substr(0, path.rfind('/')).c_str(), O_RDONLY);
+    return saved && ::fsync(folder) == 0 ? 0 : 1;
+}

@@ -1,0 +1,70 @@
+/// @file The floor below `list`: reads the same three files and writes an answer of the same
+/// members and size with jsoncpp, and does nothing else: no sort, no look-up, no check, no
+/// calendar.
+#include "platform/appliance_paths.h"
+#include "platform/record_members.h"
+
+#include <json/reader.h>
+#include <json/writer.h>
+
+#include <cstdio>
+#include <fstream>
+#include <memory>
+#include <string>
+
+namespace {
+
+using namespace appliance;
+
+Json::Value Load(std::string const& path)
+{
+    std::string text;
+    std::ifstream file(path);
+    std::getline(file, text, '\0'); // one call of the library for the whole file
+    Json::CharReaderBuilder builder;
+    builder["collectComments"] = false;
+    std::unique_ptr<Json::CharReader> const reader(builder.newCharReader());
+    Json::Value document;
+    reader->parse(text.data(), text.data() + text.size(), &document, nullptr);
+    return document;
+}
+
+void Append(Json::Value& schedules, Json::Value& record)
+{
+    Json::Value schedule(Json::objectValue);
+    for (Json::StaticString const& name :
+         {member::kStartTime, member::kChannelName, member::kDescription, member::kDuration,
+          member::kTitle}) {
+        schedule[name].swap(record[name]);
+    }
+    schedule[member::kId] = "100@474000";
+    schedule[Json::StaticString("primeid")] = "1750000000.100@474000.4";
+    schedule[member::kStatus] = 1;
+    schedule[Json::StaticString("is_userdefine")] = false;
+    schedule[Json::StaticString("start")] = "2025/06/15 20:15";
+    schedule[Json::StaticString("weekday")] = 1;
+    schedules.append(std::move(schedule));
+}
+
+} // namespace
+
+int main()
+{
+    Json::Value const userDefines = Load(kUserDefineFile);
+    Json::Value oneShots = Load(OneShotFile(0));
+    Json::Value repeats = Load(RepeatFile(0));
+    Json::Value answer(Json::objectValue);
+    Json::Value& schedules = answer["data"]["schedules"];
+    for (Json::Value& record : oneShots) {
+        Append(schedules, record);
+    }
+    for (Json::Value& record : repeats) {
+        Append(schedules, record);
+    }
+    answer["data"]["start"] = 0;
+    answer["data"]["total"] = schedules.size();
+    answer["success"] = true;
+    std::string const text = Json::FastWriter().write(answer);
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    return 0;
+}

@@ -1,0 +1,120 @@
+/// @file The stages of a request by themselves.
+#include "bench/appliance_tree.h"
+#include "frame/schedule_recording_api.h"
+#include "platform/record_members.h"
+#include "tremolane/recording_service.h"
+
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+/// The stages, which are not public.
+class Stages : public ScheduleRecordingAPI {
+public:
+    using ScheduleRecordingAPI::FillStartText;
+    using ScheduleRecordingAPI::FillStatus;
+    using ScheduleRecordingAPI::MergeSchedules;
+};
+
+int Range(benchmark::State const& state)
+{
+    return static_cast<int>(state.range(0));
+}
+
+/// Listed one-shot schedules, as the recording service answers them.
+Json::Value Listed(int count)
+{
+    Json::Value view;
+    view["schedules"] = MakeOneShotRecords(count);
+    for (Json::Value& record : view["schedules"]) {
+        record[appliance::member::kId] = "100@474000";
+    }
+    return view;
+}
+
+void BM_MergeSchedules(benchmark::State& state)
+{
+    Json::Value const listed = Listed(Range(state));
+    Json::Value repeat = MakeRepeatRecords(Range(state) / 10);
+    Stages stages;
+    for (auto _ : state) {
+        state.PauseTiming();
+        Json::Value view = listed;
+        state.ResumeTiming();
+        stages.MergeSchedules(view, repeat);
+    }
+    state.SetComplexityN(state.range(0));
+}
+
+void BM_FillStatus(benchmark::State& state)
+{
+    LayTree({0, 0, Range(state) / 10});
+    Json::Value page = Listed(Range(state));
+    Stages stages;
+    for (auto _ : state) {
+        stages.FillStatus(page, 0);
+    }
+    state.SetComplexityN(state.range(0));
+}
+
+void BM_FillStartText(benchmark::State& state)
+{
+    Json::Value page = Listed(Range(state));
+    Stages stages;
+    for (auto _ : state) {
+        stages.FillStartText(page);
+    }
+    state.SetComplexityN(state.range(0));
+}
+
+void BM_TaskIsOverLap(benchmark::State& state)
+{
+    Json::Value oneShot = MakeOneShotRecords(Range(state));
+    Json::Value repeat = MakeRepeatRecords(Range(state) / 10);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(KALDTremolane::TaskIsOverLap(1, 1, oneShot, repeat));
+    }
+    state.SetComplexityN(state.range(0));
+}
+
+/// Reads its request, asks for one parameter and answers nothing.
+class Reader : public KALD::WebAPI {
+public:
+    Reader() : WebAPI("", "") {}
+    int CheckAuthorized() override { return 1; }
+    void Process() override { benchmark::DoNotOptimize(m_request.In("title", "")); }
+};
+
+void BM_ReadParameters(benchmark::State& state)
+{
+    std::string query = "method=create_userdefine&title=Der+Abend%20%C3%BCber";
+    for (int i = 0; i < Range(state); ++i) {
+        query += "&parameter" + std::to_string(i) + "=value%20" + std::to_string(i);
+    }
+    ::setenv("QUERY_STRING", query.c_str(), 1);
+    int const output = ::dup(STDOUT_FILENO); // the answers must not stand between the figures
+    int const nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+    ::dup2(nowhere, STDOUT_FILENO);
+    for (auto _ : state) {
+        Reader().Run();
+    }
+    ::dup2(output, STDOUT_FILENO);
+    ::close(output);
+    ::close(nowhere);
+    state.SetComplexityN(state.range(0));
+}
+
+} // namespace
+
+BENCHMARK(BM_MergeSchedules)->Range(100, 10'000)->Complexity();
+BENCHMARK(BM_FillStatus)->Range(100, 10'000)->Complexity();
+BENCHMARK(BM_FillStartText)->Range(100, 10'000)->Complexity();
+BENCHMARK(BM_TaskIsOverLap)->Range(100, 10'000)->Complexity();
+BENCHMARK(BM_ReadParameters)->Range(1, 1'000)->Complexity();
+
+BENCHMARK_MAIN();

@@ -1,0 +1,203 @@
+/// @file Whole requests against the floors below them: processes run in turn, ratios of medians.
+///
+/// A goal that is missed by more than a tenth fails the run.
+#include "bench/appliance_tree.h"
+#include "platform/appliance_paths.h"
+#include "platform/record_members.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace appliance;
+
+/// What one process has cost.
+struct Cost {
+    double wall, user; ///< seconds
+    double memory;     ///< peak, KiB
+};
+
+/// The directory of this program, in which the others are built too.
+std::string g_folder;
+
+Cost RunOnce(std::vector<std::string> command)
+{
+    std::vector<char*> arguments;
+    for (std::string& word : command) {
+        arguments.push_back(word.data());
+    }
+    arguments.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    ::posix_spawn_file_actions_init(&actions);
+    ::posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    auto const begin = std::chrono::steady_clock::now();
+    pid_t pid = -1;
+    int const error =
+        ::posix_spawn(&pid, arguments[0], &actions, nullptr, arguments.data(), environ);
+    ::posix_spawn_file_actions_destroy(&actions);
+    rusage usage{};
+    int status = -1;
+    if (error != 0 || ::wait4(pid, &status, 0, &usage) != pid || status != 0) {
+        throw std::runtime_error(command[0] + " failed");
+    }
+    std::chrono::duration<double> const wall = std::chrono::steady_clock::now() - begin;
+    return {wall.count(),
+            static_cast<double>(usage.ru_utime.tv_sec) +
+                static_cast<double>(usage.ru_utime.tv_usec) / 1e6,
+            static_cast<double>(usage.ru_maxrss)};
+}
+
+double Median(std::vector<Cost> const& costs, double Cost::*which)
+{
+    std::vector<double> values;
+    for (Cost const& cost : costs) {
+        values.push_back(cost.*which);
+    }
+    std::nth_element(values.begin(), values.begin() + static_cast<long>(values.size() / 2),
+                     values.end());
+    return values[values.size() / 2];
+}
+
+/// Many runs of two commands, each after its own preparation, in turn.
+struct Comparison {
+    std::vector<Cost> program, floor;
+};
+
+using Prepare = std::function<void()>;
+
+Comparison Compare(int runs, std::vector<std::string> const& program, Prepare const& beforeProgram,
+                   std::vector<std::string> const& floor, Prepare const& beforeFloor)
+{
+    Comparison result;
+    for (int run = -runs / 10 - 1; run < runs; ++run) { // the first ones warm the caches
+        beforeProgram();
+        Cost const program_ = RunOnce(program);
+        beforeFloor();
+        Cost const floor_ = RunOnce(floor);
+        if (run >= 0) {
+            result.program.push_back(program_);
+            result.floor.push_back(floor_);
+        }
+    }
+    return result;
+}
+
+bool g_allMet = true;
+
+/// Prints a row of the table; `scale` and `unit` are those of both figures.
+void Report(char const* work, double program, double floor, double scale, char const* unit,
+            double goal)
+{
+    double const ratio = program / floor;
+    bool const met = ratio <= goal;
+    g_allMet = g_allMet && ratio <= goal * 1.1;
+    std::printf("| %-46s | %9.2f %-3s | %9.2f %-3s | %5.2f | %4.1f | %-6s |\n", work,
+                program * scale, unit, floor * scale, unit, ratio, goal, met ? "met" : "MISSED");
+    std::fflush(stdout);
+}
+
+void ReportWork(char const* work, Comparison const& costs, double Cost::*which, double scale,
+                char const* unit, double goal)
+{
+    Report(work, Median(costs.program, which), Median(costs.floor, which), scale, unit, goal);
+}
+
+void Nothing() {}
+
+void SetRequest(std::string const& query)
+{
+    ::setenv("REMOTE_USER", "admin", 1);
+    ::setenv("REQUEST_METHOD", "GET", 1);
+    ::setenv("QUERY_STRING", query.c_str(), 1);
+}
+
+std::string Built(char const* name)
+{
+    return g_folder + "/" + name;
+}
+
+double ListUserTime(TreeSize const& size, int runs)
+{
+    LayTree(size);
+    std::vector<Cost> costs;
+    for (int run = 0; run < runs; ++run) {
+        costs.push_back(RunOnce({Built("../schedule_recording")}));
+    }
+    return Median(costs, &Cost::user);
+}
+
+void BenchList()
+{
+    SetRequest("method=list");
+    std::string const program = Built("../schedule_recording");
+    LayTree({0, 0, 0});
+    ReportWork("list, empty appliance, wall",
+               Compare(1000, {program}, Nothing, {Built("floor_start")}, Nothing), &Cost::wall, 1e3,
+               "ms", 1.6);
+    LayTree({10'000, 1'000, 1'000});
+    Comparison const large = Compare(21, {program}, Nothing, {Built("floor_list")}, Nothing);
+    ReportWork("list, 10,000 + 1,000 + 1,000 records, user CPU", large, &Cost::user, 1e3, "ms",
+               1.3);
+    ReportWork("list, 10,000 + 1,000 + 1,000 records, memory", large, &Cost::memory, 1.0 / 1024,
+               "MiB", 1.5);
+    Report("list, 20,000 against 10,000 records, user CPU",
+           ListUserTime({18'000, 2'000, 2'000}, 15), ListUserTime({9'000, 1'000, 1'000}, 15), 1e3,
+           "ms", 2.1);
+}
+
+void BenchDeleteRepeat()
+{
+    LayTree({0, 10'000, 0});
+    Json::Value const records = MakeRepeatRecords(10'000);
+    Json::Value const& victim = records[5'000];
+    std::string const start = victim[member::kStartTime].asString();
+    SetRequest("method=delete_repeat&tuner=0&id=" + start +
+               "&channel_id=" + victim[member::kId].asString());
+    auto const restore = [] { LayTree({0, 10'000, 0}); };
+    Comparison const costs = Compare(11, {Built("../schedule_recording")}, restore,
+                                     {Built("floor_filter"), start}, restore);
+    ReportWork("delete_repeat, one of 10,000, user CPU", costs, &Cost::user, 1e3, "ms", 1.2);
+}
+
+/// The growth of `list` over two orders of magnitude.
+void PrintGrowth()
+{
+    SetRequest("method=list");
+    std::printf("\n| records | list, user CPU | per record |\n|---|---|---|\n");
+    for (int const count : {1'000, 3'000, 10'000, 30'000, 100'000}) {
+        double const user = ListUserTime({count * 9 / 10, count / 10, count / 10}, 7);
+        std::printf("| %7d | %9.1f ms | %7.2f us |\n", count, user * 1e3, user * 1e6 / count);
+        std::fflush(stdout);
+    }
+}
+
+} // namespace
+
+/// With the argument "tree" and three counts only lays a tree.
+int main(int count, char** arguments)
+{
+    if (count == 5 && std::string(arguments[1]) == "tree") {
+        LayTree({std::atoi(arguments[2]), std::atoi(arguments[3]), std::atoi(arguments[4])});
+        return 0;
+    }
+    g_folder = std::string(arguments[0]).substr(0, std::string(arguments[0]).rfind('/'));
+    std::printf("| %-46s | %13s | %13s | ratio | goal | %-6s |\n|%s|\n", "work", "program", "floor",
+                "", "---|---|---|---|---|---");
+    BenchList();
+    BenchDeleteRepeat();
+    PrintGrowth();
+    return g_allMet ? 0 : 1;
+}
