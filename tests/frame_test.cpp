@@ -107,7 +107,8 @@ TEST_F(FrameTest, ReadsFormsFromBodies)
     std::string const done = "{\"success\":true}\n";
     std::string const form = "method=list";
     std::string const urlencoded = "application/x-www-form-urlencoded";
-    auto const post = [](std::string body, std::string length, std::string type, std::string query) {
+    auto const post = [](std::string const& body, std::string const& length,
+                         std::string const& type, std::string const& query) {
         return Request{.query = query, .method = "POST", .body = body, .contentLength = length,
                        .contentType = type};
     };

@@ -140,7 +140,7 @@ TEST_F(StandinTest, FindsOverlaps)
     auto const shot = [](int start, int duration) {
         return R"({"start_time":)" + std::to_string(start) + R"(,"duration":)" + std::to_string(duration) + "}";
     };
-    auto const rule = [base](char const* days, char const* end, bool weekly) {
+    auto const rule = [](char const* days, char const* end, bool weekly) {
         return R"({"start_time":)" + std::to_string(base) + R"(,"duration":3600,"weekdaystatus":")" + days +
                R"(","end_date":")" + end + R"(","isweekly":)" + (weekly ? "true}" : "false}");
     };

@@ -19,7 +19,7 @@ namespace KALD {
 
 namespace {
 
-constexpr std::size_t kMaxBody = 1024 * 1024;
+constexpr std::size_t kMaxBody = std::size_t{1024} * 1024;
 constexpr char kFormType[] = "application/x-www-form-urlencoded";
 constexpr char kAdministrators[] = "administrators";
 

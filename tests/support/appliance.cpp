@@ -45,6 +45,12 @@ private:
     int m_fd, m_saved, m_file;
 };
 
+std::string Variable(char const* name)
+{
+    char const* const value = std::getenv(name);
+    return value != nullptr ? value : "";
+}
+
 void SetVariable(char const* name, std::string const& value)
 {
     if (value.empty()) {
@@ -228,7 +234,7 @@ std::string Replaced(std::string text, std::string const& from, std::string cons
     return text;
 }
 
-Zone::Zone(char const* name) : m_old(std::getenv("TZ") != nullptr ? std::getenv("TZ") : "")
+Zone::Zone(char const* name) : m_old(Variable("TZ"))
 {
     ::setenv("TZ", name, 1);
     ::tzset();

@@ -36,6 +36,7 @@ static void Record(int priority, char const* format, va_list arguments)
 
 extern "C" {
 
+// NOLINTBEGIN(readability-identifier-naming,bugprone-reserved-identifier): the library's names
 void syslog(int priority, char const* format, ...)
 {
     va_list arguments;
@@ -51,6 +52,7 @@ void __syslog_chk(int priority, int /*flag*/, char const* format, ...)
     seams::Record(priority, format, arguments);
     va_end(arguments);
 }
+// NOLINTEND(readability-identifier-naming,bugprone-reserved-identifier)
 
 time_t time(time_t* out) noexcept
 {
