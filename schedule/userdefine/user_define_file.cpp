@@ -78,7 +78,7 @@ bool ScheduleRecordingAPI::DescribeUserDefine(Json::Value& record)
         if (text.empty() && IsNeeded(field.need, isRepeat)) {
             return false;
         }
-        record[field.name] = std::move(text);
+        record[field.name] = text;
     }
     record[member::kIsRepeat] = isRepeat;
     record[member::kIsWeekly] = isWeekly;
