@@ -16,6 +16,7 @@ std::optional<std::time_t> now;
 std::vector<std::string> opened;
 std::string failingPath;
 int opensBeforeFailure;
+std::optional<Ids> ids;
 
 void Reset()
 {
@@ -23,6 +24,18 @@ void Reset()
     now.reset();
     opened.clear();
     failingPath.clear();
+    ids.reset();
+}
+
+static int Change(char const* kind, id_t real, id_t effective, id_t saved, id_t& id)
+{
+    bool const effectiveAlone = real == ~id_t{0} && saved == ~id_t{0};
+    ids->calls += (effectiveAlone ? "" : "!") + (kind + std::to_string(effective)) + ' ';
+    if (++ids->changes == ids->failing) {
+        return -1;
+    }
+    id = effective;
+    return 0;
 }
 
 static void Record(int priority, char const* format, va_list arguments)
@@ -77,6 +90,28 @@ int open(char const* path, int flags, ...)
         return -1;
     }
     return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
+}
+
+uid_t geteuid() noexcept
+{
+    return seams::ids ? seams::ids->uid : static_cast<uid_t>(syscall(SYS_geteuid));
+}
+
+gid_t getegid() noexcept
+{
+    return seams::ids ? seams::ids->gid : static_cast<gid_t>(syscall(SYS_getegid));
+}
+
+int setresuid(uid_t real, uid_t effective, uid_t saved) noexcept
+{
+    return seams::ids ? seams::Change("u", real, effective, saved, seams::ids->uid)
+                      : static_cast<int>(syscall(SYS_setresuid, real, effective, saved));
+}
+
+int setresgid(gid_t real, gid_t effective, gid_t saved) noexcept
+{
+    return seams::ids ? seams::Change("g", real, effective, saved, seams::ids->gid)
+                      : static_cast<int>(syscall(SYS_setresgid, real, effective, saved));
 }
 
 } // extern "C"

@@ -1,6 +1,10 @@
 /// @file What the test program puts in the place of the C library: the system log, the
 /// clock and files that do not open.
+/// @file What the test program puts in the place of the C library: the system log, the clock and
+/// the ids of the process.
 #pragma once
+
+#include <sys/types.h>
 
 #include <ctime>
 #include <optional>
@@ -24,6 +28,18 @@ extern std::optional<std::time_t> now;
 extern std::vector<std::string> opened;
 extern std::string failingPath;
 extern int opensBeforeFailure;
+
+/// Ids in the place of the process's effective ones, and the changes asked for.
+struct Ids {
+    uid_t uid;
+    gid_t gid;
+    int failing = 0;        ///< which change fails, from 1 on; 0: none
+    int changes = 0;        ///< how many were asked for
+    std::string calls = {}; ///< "u0 ", "g0 ": a uid, a gid; "!" before it: not the effective alone
+};
+
+/// The ids that the calls see and change; none: the real ones.
+extern std::optional<Ids> ids;
 
 /// Back to the state before a test.
 void Reset();

@@ -1,0 +1,65 @@
+/// @file The change of the effective ids to root's, and back.
+#include "network/run_as_guard.h"
+
+#include <syslog.h>
+#include <unistd.h>
+
+namespace Tremolane::network_utils {
+
+namespace {
+
+constexpr std::uint32_t kRoot = 0;
+
+/// All ones: the calls below leave such an id as it is, so it can be no id to go back to.
+constexpr std::uint32_t kNoId = ~std::uint32_t{0};
+
+/// The uid comes first, because only root may choose its group. It is asked for once more at the
+/// end, where an answer other than 0 tells that the change of the group has cost it.
+bool BecomeRoot()
+{
+    uid_t const uid = ::geteuid();
+    gid_t const gid = ::getegid();
+    if (uid != kRoot && ::setresuid(kNoId, kRoot, kNoId) < 0) {
+        return false;
+    }
+    if (gid != kRoot && ::setresgid(kNoId, kRoot, kNoId) != 0) {
+        return false;
+    }
+    return uid == kRoot || ::setresuid(kNoId, kRoot, kNoId) == 0;
+}
+
+/// The uid goes last, for the same reason; a block that gave it up gets it again for the way back.
+bool GoBackTo(std::uint32_t savedUid, std::uint32_t savedGid)
+{
+    uid_t const uid = ::geteuid();
+    gid_t const gid = ::getegid();
+    if (uid != kRoot && uid != savedUid && ::setresuid(kNoId, kRoot, kNoId) < 0) {
+        return false;
+    }
+    if (gid != savedGid && savedGid != kNoId && ::setresgid(kNoId, savedGid, kNoId) != 0) {
+        return false;
+    }
+    return uid == savedUid || savedUid == kNoId || ::setresuid(kNoId, savedUid, kNoId) == 0;
+}
+
+} // namespace
+
+RunAsGuard::RunAsGuard(int sourceLine)
+    : m_savedEuid(::geteuid()), m_savedEgid(::getegid()), m_sourceFile("network_utils"),
+      m_sourceLine(sourceLine), m_name("IF_RUN_AS"), m_ok(BecomeRoot())
+{
+    if (!m_ok) {
+        ::syslog(LOG_AUTH | LOG_ERR, "%s:%d ERROR: %s(%d, %d)", m_sourceFile, m_sourceLine, m_name,
+                 static_cast<int>(kRoot), static_cast<int>(kRoot));
+    }
+}
+
+RunAsGuard::~RunAsGuard()
+{
+    if (!GoBackTo(m_savedEuid, m_savedEgid)) {
+        ::syslog(LOG_AUTH | LOG_CRIT, "%s:%d ERROR: ~%s(%d, %d)", m_sourceFile, m_sourceLine,
+                 m_name, static_cast<int>(m_savedEuid), static_cast<int>(m_savedEgid));
+    }
+}
+
+} // namespace Tremolane::network_utils
