@@ -1,4 +1,5 @@
-/// @file The external address: the guard.
+/// @file The external address: the guard and the probes.
+#include "network/probes.h"
 #include "network/run_as_guard.h"
 #include "tests/support/appliance.h"
 #include "tests/support/seams.h"
@@ -19,9 +20,28 @@ namespace {
 
 using namespace Tremolane::network_utils;
 
+constexpr char kStarted[] = "/started"; // d for each start of the dynamic-DNS tool, r for the relay tool
+constexpr char kOn[] = R"({"data":{"enabled":true}})";
+constexpr char kPortal[] = R"({"data":{"services":[{"enabled":true,"id":"zem_portal"}]}})";
+
 class NetworkTest : public Appliance {
 protected:
-    /// Runs `body` as root in a child, since what changes there lasts as long as its process. The
+    /// Lays tools that print what is given, a format of printf(1), if their argument is the right one, and the
+    /// answers of the relay service.
+    static void Lay(std::string const& ddns, std::string const& relay, std::string const& portway = kOn,
+                    std::string const& permission = kPortal)
+    {
+        for (std::string const tool : {"kaldddnsinfo --get-hostname", "kaldrelayd -p"}) {
+            std::string const path = "/usr/kald/sbin/" + tool.substr(0, tool.find(' '));
+            Write(path, "#!/bin/sh\n[ \"${0##*/} $*\" = '" + tool + "' ] || exit\nprintf " + tool[4] + " >>" +
+                        PathOf(kStarted) + "\nprintf '" + (tool[4] == 'd' ? ddns : relay) + "'\n");
+            std::filesystem::permissions(PathOf(path), std::filesystem::perms::owner_all);
+        }
+        Write("/usr/kald/webapi/KALD.Core.Portway.2.get.json", portway);
+        Write("/usr/kald/webapi/KALD.Core.Portway.Permission.1.get.json", permission);
+    }
+
+    /// Runs `body` as root in a child, since what the relay query found lasts as long as its process. The
     /// environment is words `NAME=value`.
     static void InFreshProcess(std::string const& environment, std::function<void()> const& body)
     {
@@ -83,6 +103,46 @@ TEST_F(NetworkTest, GuardChangesTheRealIds)
         EXPECT_TRUE(::geteuid() == 1000 && ::getegid() == 100);
         ASSERT_EQ(::setresuid(1000, 1000, 1000), 0); // no way back to root
         EXPECT_FALSE(RunAsGuard(7).Ok());
+    });
+}
+
+TEST_F(NetworkTest, AsksTheRelayServiceInOrder)
+{
+    std::string const others = R"({"data":{"services":[7,["zem_portal"],{"enabled":true,"id":7},{"enabled":"true",
+        "id":"zem_portal"},{"enabled":true,"id":"portal"},{"enabled":false,"id":"zem_portal"}]}})";
+    struct { std::string portway, permission, on; } const cases[] = { // E: the service is on, P: for the portal too
+        {kOn, kPortal, "EP"}, {"", "", ""}, {"7", "\"text\"", ""}, {R"({"data":7})", R"({"data":[]})", ""},
+        {R"({"data":{"enabled":false}})", kPortal, "P"}, {R"({"data":{"enabled":"true"}})", R"({"data":{}})", ""},
+        {R"({"data":{"enabled":{}}})", R"({"data":{"services":{"x":{"enabled":true,"id":"zem_portal"}}}})", ""},
+        {R"({"data":{"enabled":1}})", others, "E"}, {kOn, Replaced(others, "false", "true"), "EP"},
+    };
+    for (auto const& row : cases) {
+        Reset();
+        Lay("", "box\n", row.portway, row.permission);
+        EXPECT_EQ(std::string(IsRelayEnabled() ? "E" : "") + (IsRelayPortalEnabled() ? "P" : ""), row.on);
+        seams::opened.clear();
+        std::string name = "before";
+        EXPECT_EQ(QueryRelayName(name), row.on == "EP");
+        EXPECT_EQ(seams::opened.size(), row.on.starts_with('E') ? 2U : 1U);
+        EXPECT_EQ(name + Read(kStarted), row.on == "EP" ? "box\nr" : "before");
+    }
+}
+
+TEST_F(NetworkTest, AsksNothingWithoutRoot)
+{
+    std::string found = "before";
+    EXPECT_FALSE(ReadDdnsHostName(found) || ReadRelayName(found)) << "there are no tools";
+    Lay("dyn", "box");
+    InFreshProcess("", [&] {
+        seams::ids = {.uid = 9, .gid = 0, .failing = 1};
+        EXPECT_FALSE(GetDdnsHostName(found));
+        EXPECT_EQ(found, "before");
+        seams::ids->changes = 0;
+        EXPECT_FALSE(GetRelayName(found) || GetRelayName(found)); // the second time it would succeed
+        EXPECT_EQ(found + Read(kStarted), "");
+        ASSERT_EQ(seams::logged.size(), 2U);
+        EXPECT_EQ(seams::logged[0].text, "network_utils:95 ERROR: IF_RUN_AS(0, 0)");
+        EXPECT_EQ(seams::logged[1].text, "network_utils:185 ERROR: IF_RUN_AS(0, 0)");
     });
 }
 
