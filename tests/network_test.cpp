@@ -1,4 +1,5 @@
-/// @file The external address: the guard and the probes.
+/// @file The external address: the guard, the probes, hosts and ports, URLs.
+#include "network/host_port.h"
 #include "network/probes.h"
 #include "network/run_as_guard.h"
 #include "tests/support/appliance.h"
@@ -144,6 +145,94 @@ TEST_F(NetworkTest, AsksNothingWithoutRoot)
         EXPECT_EQ(seams::logged[0].text, "network_utils:95 ERROR: IF_RUN_AS(0, 0)");
         EXPECT_EQ(seams::logged[1].text, "network_utils:185 ERROR: IF_RUN_AS(0, 0)");
     });
+}
+
+TEST(HostPortTest, SplitsNetworkLocations)
+{
+    std::string const big(1 << 20, 'a'), cut(4095, 'a');
+    std::pair<std::string, std::string> const cases[] = { // the text; the host, a bar, the port
+        {"", "|"}, {"tvbox", "tvbox|"}, {"tvbox:81", "tvbox|81"}, {":80", "|80"}, {"/x:80", "|"}, {"tvbox:", "tvbox|"},
+        {"tvbox:/x", "tvbox|"}, {"tvbox/x:80", "tvbox|"}, {"a:b:c/d", "a|b:c"}, {"[fe80::1]:82/x", "[fe80::1]|82"},
+        {"[fe80::1", "[fe80::1|"}, {"[::1]x:80", "[::1]|"}, {"[", "[|"}, {"[a/b]]:1", "[a/b]|"},
+        {"x[::1]:80", "x[|:1]:80"}, {"\1\n:\177", "\1\n|\177"}, {"b:" + big + "/x", "b|" + cut},
+        {big + ":80", cut + "|80"}, {'[' + big + "]:80", '[' + cut.substr(1) + "|80"},
+    };
+    for (auto const& [text, expected] : cases) {
+        HostAndPort const parts = SplitHostPort(text.c_str());
+        EXPECT_EQ(parts.host + '|' + parts.port, expected);
+    }
+}
+
+/// A class of the package that answers what only other classes ask for.
+struct UrlApi : Tremolane::VideoWebAPI {
+    using VideoWebAPI::GetBasePath, VideoWebAPI::GetExternalUrl, VideoWebAPI::GetRequestUrl;
+    void Process() override
+    {
+        Json::Value number = GetIntParamText("n");
+        SetResponse(number);
+    }
+};
+
+TEST_F(NetworkTest, FindsTheExternalAddress)
+{
+    std::string const ports = "external_port_zem_https=444\nexternal_port_zem_http=88\n";
+    std::string const host = "external_host_ip=out\n";
+    // `relay` is what its tool prints, or "off" for the service; expected are port, host, URL and the tools started,
+    // where the host is asked for twice. BOX is a host under the relay domain.
+    struct { std::string environment, settings, ddns, relay, expected; } const cases[] = {
+        {"", "", "", "off", "  http:///tv dd"},
+        {"HTTP_HOST=[::1]:82/x HTTPS=off", "", "", "off", "82 [::1] http://[::1]:82/tv dd"},
+        {"HTTP_HOST=tvbox SERVER_PORT=", "", "", "off", " tvbox http://tvbox/tv dd"},
+        {"HTTP_HOST=tvbox:81 HTTPS=oN SERVER_PORT=443", ports, "", "off", "444 tvbox https://tvbox:444/tv dd"},
+        {"HTTP_HOST=a:8 HTTPS=on SERVER_PORT=43", "external_port_zem_https=\n", "", "off", "43 a https://a:43/tv dd"},
+        {"", "external_port_zem_http=12345678901234567\n", "a ", "off",
+         "123456789012345 a http://a:123456789012345/tv dd"},
+        {"HTTP_HOST=tvbox", ports + host, "dyn x", "off", "88 out http://out:88/tv "},
+        {"HTTP_HOST=tvbox", "", "dyn x\\ny", "BOX\n", " dyn http://dyn/tv rdd"},
+        {"HTTP_HOST=tvbox", "", "dyn\\nx", "", " dyn\n http://dyn\n/tv rdd"},
+        {"HTTP_HOST=tvbox", "", " dyn", "BOX\n", "  http:///tv rdd"},
+        {"HTTP_HOST=tvbox", "", "\\000dyn", "", " tvbox http://tvbox/tv rdd"},
+        {"", "", std::string(2000, 'a'), "off", Replaced(" A http://A/tv dd", "A", std::string(1023, 'a'))},
+        {"HTTP_HOST=tvbox SERVER_PORT=80", ports, "", "BOX\r\n", "88 BOX\r\n https://BOX/direct/tv rdd"},
+        {"HTTP_HOST=[", "external_host_ip=BOX\n", "", "BOX", " BOX https://BOX/direct/tv r"},
+        {"HTTP_HOST=BOX:81/x SERVER_PORT=80", ports + host, "dyn x", "BOX\n", "81 BOX https://BOX/direct/tv r"},
+        {"HTTP_HOST=BOX SERVER_PORT=80", ports + host, "dyn x", "box", " BOX https://BOX/direct/tv r"},
+        {"HTTP_HOST=BOXer", host, "", "box.a", " BOXer https://BOXer/direct/tv r"},
+        {"HTTP_HOST=box", host, "", "BOX", " out http://out/tv r"},
+        {"HTTP_HOST=BOX:1", host, "", "bo.a", "1 out http://out:1/tv r"},
+        {"HTTP_HOST=BOX:1", host, "", "Box", "1 out http://out:1/tv r"},
+        {"HTTP_HOST=BOX:1", host, "", "off", "1 out http://out:1/tv "},
+    };
+    auto const spelt = [](std::string const& text) { return Replaced(text, "BOX", "box.tvr.example.com"); };
+    for (auto const& row : cases) {
+        Reset();
+        Lay(row.ddns, spelt(row.relay), row.relay != "off" ? kOn : "{}");
+        Write("/etc/kaldinfo.conf", spelt(row.settings));
+        InFreshProcess("REQUEST_URI=/tv/webapi/x " + spelt(row.environment), [&] {
+            std::string const found = GetExternalPort() + ' ' + GetExternalHost() + ' ' + UrlApi::GetExternalUrl();
+            EXPECT_EQ(found + ' ' + Read(kStarted), spelt(row.expected));
+        });
+    }
+}
+
+TEST_F(NetworkTest, GivesTheRequestBackInANormalForm)
+{
+    std::string const big(1 << 20, 'a');
+    struct { std::string query, environment, expected; } const cases[] = { // number, base path, URL
+        {"", "HTTPS=on REQUEST_URI=/tv/webapi/x", " /tv "},
+        {"n", "HTTP_HOST=tvbox:81 REQUEST_URI=/webapi/x", "0  http://tvbox:81"},
+        {"n=012", "HTTP_HOST=tvbox:81 HTTPS=off REQUEST_URI=/tv/webapi/webapi", "12 /tv https://tvbox:81/tv"},
+        {"n=-3", "HTTP_HOST=tvbox HTTPS= REQUEST_URI=/tv?a=/web", "-3 /tv?a=/web https://tvbox/tv?a=/web"},
+        {"n=7x", "HTTP_HOST=box.tvr.example.com", "7  https://box.tvr.example.com"},
+        {"n=x7", "HTTP_HOST=box.tvr.example.com:80", "0  http://box.tvr.example.com:80"},
+        {"N=1", "HTTP_HOST=" + big + " REQUEST_URI=" + big, ' ' + big + " http://" + big + big},
+    };
+    for (auto const& row : cases) {
+        InFreshProcess(row.environment, [&] {
+            std::string const number = Run<UrlApi>({.query = row.query}).body["data"].asString();
+            EXPECT_EQ(number + ' ' + UrlApi::GetBasePath() + ' ' + UrlApi::GetRequestUrl(), row.expected);
+        });
+    }
 }
 
 } // namespace

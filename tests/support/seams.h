@@ -1,7 +1,5 @@
-/// @file What the test program puts in the place of the C library: the system log, the
-/// clock and files that do not open.
-/// @file What the test program puts in the place of the C library: the system log, the clock and
-/// the ids of the process.
+/// @file What the test program puts in the place of the C library: the system log, the clock, files
+/// that do not open and the ids of the process.
 #pragma once
 
 #include <sys/types.h>

@@ -1,0 +1,117 @@
+/// @file Network locations, and the order of their sources.
+#include "network/host_port.h"
+
+#include "kald/libc.h"
+#include "network/environment.h"
+#include "network/probes.h"
+#include "platform/appliance_paths.h"
+
+#include <strings.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <string_view>
+
+namespace Tremolane::network_utils {
+
+namespace {
+
+/// The longest host, and the longest port, that is kept.
+constexpr std::size_t kMaxPart = 4095;
+
+/// Room for a setting, its NUL included.
+constexpr std::size_t kPortSize = 16;
+constexpr std::size_t kHostSize = 4096;
+
+/// Where the host of a network location ends.
+std::size_t EndOfHost(std::string_view text)
+{
+    if (!text.starts_with('[')) {
+        return std::min(text.find_first_of(":/"), text.size());
+    }
+    std::size_t const bracket = text.find(']');
+    return bracket != std::string_view::npos ? bracket + 1 : text.size();
+}
+
+HostAndPort RequestHostPort()
+{
+    return SplitHostPort(std::getenv("HTTP_HOST"));
+}
+
+void KeepFirstLabel(std::string& name)
+{
+    name.erase(std::min(name.find('.'), name.size()));
+}
+
+/// A value of the appliance's settings, cut to `size` with its NUL; empty if there is none.
+std::string ReadSetting(char const* key, std::size_t size)
+{
+    std::string buffer(size, '\0');
+    int const length = KDLIBCFileGetKeyValue(appliance::kSettingsFile, key, buffer.data(), size, 0);
+    return length > 0 ? buffer.c_str() : "";
+}
+
+} // namespace
+
+HostAndPort SplitHostPort(char const* text)
+{
+    HostAndPort parts;
+    if (text == nullptr) {
+        return parts;
+    }
+    std::string_view rest = text;
+    std::size_t const end = EndOfHost(rest);
+    parts.host = rest.substr(0, std::min(end, kMaxPart));
+    rest.remove_prefix(end); // a cut host leaves the port where it is
+    if (rest.starts_with(':')) {
+        rest.remove_prefix(1);
+        parts.port = rest.substr(0, std::min(rest.find('/'), kMaxPart));
+    }
+    return parts;
+}
+
+bool IsRelayHost(std::string host)
+{
+    std::string relayName;
+    if (!GetRelayName(relayName) || host.find(kRelayDomain) == std::string::npos) {
+        return false;
+    }
+    KeepFirstLabel(relayName);
+    KeepFirstLabel(host);
+    return host == relayName;
+}
+
+bool IsHttps()
+{
+    return ::strcasecmp(Environment("HTTPS").c_str(), "on") == 0;
+}
+
+std::string GetExternalPort()
+{
+    HostAndPort const request = RequestHostPort();
+    if (IsRelayHost(request.host)) {
+        return request.port;
+    }
+    std::string port =
+        ReadSetting(IsHttps() ? "external_port_zem_https" : "external_port_zem_http", kPortSize);
+    if (port.empty()) {
+        port = Environment("SERVER_PORT");
+    }
+    return port.empty() ? request.port : port;
+}
+
+std::string GetExternalHost()
+{
+    HostAndPort const request = RequestHostPort();
+    if (IsRelayHost(request.host)) {
+        return request.host;
+    }
+    std::string host = ReadSetting("external_host_ip", kHostSize);
+    if (!host.empty() || GetDdnsHostName(host) || GetRelayName(host)) {
+        return host;
+    }
+    return request.host;
+}
+
+} // namespace Tremolane::network_utils

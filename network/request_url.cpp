@@ -1,0 +1,49 @@
+/// @file URLs put together from host, port and path.
+#include "network/request_url.h"
+
+#include "network/environment.h"
+#include "network/host_port.h"
+
+#include <cstdlib>
+
+namespace Tremolane::network_utils {
+
+namespace {
+
+/// Drops the line end that a name from the relay tool has, which no URL may hold (RFC 3986).
+void TrimLineEnd(std::string& host)
+{
+    host.erase(host.find_last_not_of("\r\n") + 1);
+}
+
+} // namespace
+
+std::string GetBasePath()
+{
+    std::string const uri = Environment("REQUEST_URI");
+    return uri.substr(0, uri.find("/webapi"));
+}
+
+std::string GetRequestUrl()
+{
+    std::string const host = Environment("HTTP_HOST");
+    if (host.empty()) {
+        return "";
+    }
+    bool const secure = host.ends_with(kRelayDomain) || std::getenv("HTTPS") != nullptr;
+    return (secure ? "https://" : "http://") + host + GetBasePath();
+}
+
+std::string GetExternalUrl()
+{
+    std::string host = GetExternalHost();
+    if (IsRelayHost(host)) {
+        TrimLineEnd(host);
+        return "https://" + host + "/direct" + GetBasePath();
+    }
+    std::string const port = GetExternalPort();
+    return (IsHttps() ? "https://" : "http://") + host + (port.empty() ? "" : ":" + port) +
+           GetBasePath();
+}
+
+} // namespace Tremolane::network_utils
