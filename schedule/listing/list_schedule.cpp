@@ -209,9 +209,10 @@ void ScheduleRecordingAPI::SlicePage(Json::Value& view, Json::Value& page, int s
 void ScheduleRecordingAPI::FillStatus(Json::Value& page, int tuner)
 {
     for (Json::Value& schedule : page[kSchedules]) {
-        int const raw = schedule[member::kStatus].asInt();
+        Json::Value& status = schedule[member::kStatus];
+        int const raw = status.asInt();
         schedule[kIsUserDefine] = IsUserDefine(raw, schedule[member::kStartTime].asInt(), tuner);
-        schedule[member::kStatus] = ViewStatus(raw);
+        status = ViewStatus(raw);
     }
 }
 
