@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <exception>
 #include <fstream>
 
 namespace {
@@ -33,13 +34,14 @@ Json::Value& ObjectAt(Json::Value& value)
     return value;
 }
 
-/// Parses a whole stream; false if it is not JSON, or nested too deep, which the reader throws.
+/// Parses a whole stream; false if it is not JSON. Depth, and a file that opens but cannot be read,
+/// such as a folder, make the libraries throw.
 bool Parse(std::istream& stream, Json::Value& document)
 {
     constexpr bool kCollectComments = true;
     try {
         return Json::Reader().parse(stream, document, kCollectComments);
-    } catch (Json::Exception const&) {
+    } catch (std::exception const&) {
         document = Json::Value(Json::objectValue); // nothing granted by half a document
         return false;
     }

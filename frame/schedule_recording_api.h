@@ -102,7 +102,8 @@ protected:
     bool StoreUserDefine(bool isRepeat);
 
     /// Writes the record of the schedule that the parameters describe, in the place of one with the
-    /// same start and tuner. Its start in epoch seconds, or -1 if it was not saved.
+    /// same start and tuner. Its start in epoch seconds; -1 if it could not be saved. Without a
+    /// tuner or with a start below 1 nothing is saved either, and the start is what it came to.
     int SaveUserDefineRecord();
 
     /// Fills a record, but its tuner, from the parameters; false if one is missing or unusable.
@@ -122,8 +123,8 @@ protected:
     /// The new schedule of an edit, and by what the old one is found.
     struct UserDefineEdit;
 
-    /// The stages of an edit. Each answers false, with the error set, if the edit ends there; up to
-    /// CommitOneShots() nothing is changed on disk.
+    /// The stages of an edit. Those that answer say by false that the edit ends there; the commit
+    /// has then set its error. Up to CommitOneShots() nothing is changed on disk.
     bool ValidateEdit(UserDefineEdit& edit);
     void NeutraliseOld(StoredSchedules& stored);
     bool IsFree(UserDefineEdit const& edit, StoredSchedules& stored);
@@ -136,8 +137,8 @@ protected:
     void DeleteNamedUserDefines();
     void DeleteOldUserDefine();
 
-    /// Deletes the schedule of `m_userDefineRecord` through the plain method of its kind. False if
-    /// its record must stay.
+    /// Deletes the schedule of `m_userDefineRecord` through the plain method of its kind. In an
+    /// edit false says that its record must stay; a list of deletes does not look at it.
     bool DeleteRecordedSchedule();
 
     /// Answers one user-defined schedule, or the defaults of a new one.
@@ -149,7 +150,8 @@ protected:
     // Shared by the methods: frame, schedule/data.
 
     /// The text of a parameter at the stage at which the request stands: the request's own, one
-    /// converted from it, or a field of `m_userDefineRecord`. Keys compare without regard to case.
+    /// converted from it, or a field of `m_userDefineRecord`. What is served in the place of the
+    /// request's text is found without regard to the key's case.
     std::string GetParam(char const* key, char const* fallback);
 
     /// Whether the request's method is `name`, in any case of letters.

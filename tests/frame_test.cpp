@@ -210,7 +210,7 @@ TEST_F(FrameTest, OffersTheRestToOtherClasses)
               "Cache-control: no-store\r\nStatus: 404 Not Found\r\n\r\n"
               "Content-Type: application/json; charset=utf-8\r\n\r\n"
               "{\"data\":{\"renderer\":false,\"sharing\":true,"
-              "\"text\":\"\\\"\\u00e4\\ud83d\\udcfa\\ufffd\\ufffd\\u0001\"},"
+              "\"text\":\"\\\"\\u00e4\\ud83d\\udcfa\\ufffd\\ufffd\\ufffd\\ufffd\\u0001\"},"
               "\"success\":true}\n");
 }
 

@@ -14,6 +14,10 @@ namespace standin {
 
 bool ParseJson(std::string const& text, Json::Value& document)
 {
+    document = Json::Value();
+    if (text.find('\0') != std::string::npos) {
+        return false; // the reader would take it for the end, and a save would drop the rest
+    }
     Json::CharReaderBuilder builder; // jsoncpp's defaults take more than RFC 8259 has
     builder["collectComments"] = false;
     builder["allowComments"] = false;
@@ -24,7 +28,7 @@ bool ParseJson(std::string const& text, Json::Value& document)
         if (reader->parse(text.data(), text.data() + text.size(), &document, nullptr)) {
             return true;
         }
-    } catch (Json::Exception const&) { // nested deeper than the reader's limit
+    } catch (Json::Exception const&) { // nested deeper than the reader's limit, or out of memory
     }
     document = Json::Value();
     return false;

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -34,13 +35,22 @@ int Spawn(pid_t* pid, std::string const& program, char const* argument, int outp
     if (error != 0) {
         return error;
     }
+    posix_spawnattr_t attributes; // a child must not inherit the signals that are ignored here
+    ::posix_spawnattr_init(&attributes);
+    sigset_t defaults;
+    ::sigemptyset(&defaults);
+    ::sigaddset(&defaults, SIGPIPE);
+    ::sigaddset(&defaults, SIGXFSZ);
+    ::posix_spawnattr_setsigdefault(&attributes, &defaults);
+    ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
     error = ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     if (error == 0) {
         error = ::posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
     }
     if (error == 0) {
-        error = ::posix_spawn(pid, program.c_str(), &actions, nullptr, arguments, environ);
+        error = ::posix_spawn(pid, program.c_str(), &actions, &attributes, arguments, environ);
     }
+    ::posix_spawnattr_destroy(&attributes);
     ::posix_spawn_file_actions_destroy(&actions);
     return error;
 }

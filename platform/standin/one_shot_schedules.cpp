@@ -23,7 +23,7 @@ std::string ChannelOf(Json::Value const& record)
 {
     Json::Value const& frequency = record[member::kFrequency];
     std::string id = record[member::kServiceId].asString();
-    return frequency.isInt() ? id + '@' + frequency.asString() : id;
+    return frequency.isInt() ? id + '@' + std::to_string(frequency.asInt()) : id;
 }
 
 /// Moves what is listed of a stored record into an object of its own.

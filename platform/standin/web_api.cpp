@@ -9,8 +9,10 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <exception>
+#include <string>
 
 namespace KALD {
 
@@ -63,7 +65,7 @@ void WebAPI::SetError(int code)
     m_errors.append(code);
 }
 
-void WebAPI::RunGuarded()
+void WebAPI::RunRequest()
 {
     if (!m_request.Read()) {
         SetError(kErrorBadRequest);
@@ -74,16 +76,32 @@ void WebAPI::RunGuarded()
     }
 }
 
-void WebAPI::Run()
+std::string WebAPI::RunGuarded()
 {
-    ::openlog(nullptr, LOG_PID | LOG_PERROR, LOG_USER); // the web server logs what a CGI says there
     try {
-        RunGuarded();
+        RunRequest();
     } catch (std::exception const& error) {
         ::syslog(LOG_ERR, "request failed: %s", error.what());
         SetError(kErrorFailed);
     }
-    if (!standin::WriteAll(STDOUT_FILENO, standin::RenderAnswer(m_errors, m_response))) {
+    return standin::RenderAnswer(m_errors, m_response);
+}
+
+void WebAPI::Run()
+{
+    // Who reads the answer or the log may be gone, and a disk quota may end a save: all of them are
+    // failed calls here and no reason to die in the middle of a change.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    ::openlog(nullptr, LOG_PID | LOG_PERROR, LOG_USER); // the web server logs what a CGI says there
+    std::string answer;
+    try {
+        answer = RunGuarded();
+    } catch (std::exception const& error) { // out of memory, most likely
+        ::syslog(LOG_ERR, "failed to render the answer: %s", error.what());
+        answer = standin::RenderFailure(kErrorFailed);
+    }
+    if (!standin::WriteAll(STDOUT_FILENO, answer)) {
         ::syslog(LOG_ERR, "failed to send the answer: %s", std::strerror(errno));
     }
 }

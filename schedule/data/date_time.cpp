@@ -16,7 +16,7 @@ constexpr std::size_t kTimeLength = 5;
 constexpr int kFailed = -1;
 
 /// Writes a number into a field of a broken-down time; false if the field cannot hold it.
-bool SetField(int& field, long value)
+bool SetField(int& field, long long value)
 {
     field = static_cast<int>(value);
     return std::in_range<int>(value);
@@ -29,13 +29,13 @@ int ScheduleRecordingAPI::DateTimeToEpoch(char const* date, char const* time)
     if (std::strlen(date) != kDateLength || std::strlen(time) != kTimeLength) {
         return kFailed;
     }
-    long year = 2000; // what does not scan keeps these values
-    long month = 1;
-    long day = 1;
-    long hour = 0;
-    long minute = 0;
-    std::sscanf(date, "%ld-%ld-%ld", &year, &month, &day); // ten characters never overflow a long
-    std::sscanf(time, "%ld:%ld", &hour, &minute);
+    long long year = 2000; // what does not scan keeps these values
+    long long month = 1;
+    long long day = 1;
+    long long hour = 0;
+    long long minute = 0;
+    std::sscanf(date, "%lld-%lld-%lld", &year, &month, &day); // ten characters never overflow these
+    std::sscanf(time, "%lld:%lld", &hour, &minute);
     std::time_t const now = ::time(nullptr);
     std::tm local{};
     if (::localtime_r(&now, &local) == nullptr) {
@@ -76,5 +76,5 @@ bool ScheduleRecordingAPI::IsWeekdaySelected(int time, char const* weekdays)
         return false;
     }
     auto const weekday = static_cast<Json::ArrayIndex>(local.tm_wday);
-    return weekday < flags.size() && LeadingInt(flags[weekday].asCString()) == 1;
+    return weekday < flags.size() && LeadingNumber(flags[weekday].asCString()) == 1;
 }

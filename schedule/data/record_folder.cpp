@@ -8,13 +8,17 @@
 
 #include <strings.h>
 
+#include <utility>
+
 namespace {
 
-/// Whether an element of the folder list is about TV recordings.
+/// Whether an element of the folder list names a folder for TV recordings.
 bool IsRecordSection(Json::Value const& element)
 {
     return element.isObject() && element["section"].isString() &&
-           ::strcasecmp(element["section"].asCString(), "tv_record") == 0;
+           ::strcasecmp(element["section"].asCString(), "tv_record") == 0 &&
+           element["share"].isConvertibleTo(Json::stringValue) &&
+           element["subpath"].isConvertibleTo(Json::stringValue);
 }
 
 } // namespace
@@ -26,13 +30,15 @@ bool ScheduleRecordingAPI::HasRecordFolder()
         return false;
     }
     bool found = false;
-    for (Json::Value const& element : folders) {
+    for (Json::Value const& element : std::as_const(folders)) {
         if (!IsRecordSection(element)) {
             continue;
         }
         std::string const path =
             KALDTremolane::GetFullPath(element["share"].asString(), element["subpath"].asString());
-        found = found || libtm::critical::fileop::DoesDirExist(path);
+        if (libtm::critical::fileop::DoesDirExist(path)) {
+            found = true;
+        }
     }
     return found;
 }

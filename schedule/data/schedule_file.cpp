@@ -24,7 +24,7 @@ bool LoadRecordFile(Json::Value& records, std::string const& path)
 }
 
 void KeepRecords(Json::Value& records, Json::Value& kept,
-                 std::function<bool(Json::Value& record)> const& isDropped)
+                 std::function<bool(Json::Value const& record)> const& isDropped)
 {
     for (Json::Value& record : records) {
         if (!isDropped(record)) {

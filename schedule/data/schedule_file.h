@@ -12,6 +12,6 @@
 bool LoadRecordFile(Json::Value& records, std::string const& path);
 
 /// Moves the records that `isDropped` does not name to the end of `kept`, in their order. A null
-/// `kept` becomes an array with the first of them. `isDropped` may change a record before it moves.
+/// `kept` becomes an array with the first of them.
 void KeepRecords(Json::Value& records, Json::Value& kept,
-                 std::function<bool(Json::Value& record)> const& isDropped);
+                 std::function<bool(Json::Value const& record)> const& isDropped);

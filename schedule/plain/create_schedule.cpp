@@ -1,9 +1,11 @@
 /// @file The method `create`: one or several one-shot schedules.
 #include "frame/schedule_recording_api.h"
 
+#include "frame/decimal.h"
 #include "frame/web_api_error.h"
 #include "kald/web_api_util.h"
 #include "platform/record_members.h"
+#include "schedule/data/readable_records.h"
 #include "tremolane/recording_service.h"
 
 namespace {
@@ -54,6 +56,14 @@ bool ScheduleRecordingAPI::StoreSchedules(int tuner, std::string const& ids,
 {
     Json::Value const idPieces = KALD::WebAPIUtil::ParseToArray(ids.c_str(), ",");
     Json::Value const startPieces = KALD::WebAPIUtil::ParseToArray(starts.c_str(), ",");
+    RequireReadableSchedules(tuner);
+    for (Json::Value const& start : startPieces) {
+        Json::Value record;
+        if (KALDTremolane::ReadUserDefineFromFile(record, LeadingInt(start.asCString()), tuner) >=
+            0) {
+            RequireReadableUserDefine(record); // its texts become those of the stored schedule
+        }
+    }
     Json::Value out;
     int code = kErrorFailed; // of the last position that failed with an errno
     bool allStored = true;

@@ -38,11 +38,11 @@ bool LoadRepeatFile(Json::Value& records, std::string const& path, int line)
 
 /// The services to delete by their start. Two lists that pair by position; a channel's frequency is
 /// no part of the key.
-std::map<int, std::set<int>> PairKeys(Json::Value const& starts, Json::Value const& channels)
+std::map<long, std::set<long>> PairKeys(Json::Value const& starts, Json::Value const& channels)
 {
-    std::map<int, std::set<int>> keys;
+    std::map<long, std::set<long>> keys;
     for (Json::ArrayIndex j = 0; j < starts.size(); ++j) {
-        keys[LeadingInt(starts[j].asCString())].insert(LeadingInt(channels[j].asCString()));
+        keys[LeadingNumber(starts[j].asCString())].insert(LeadingNumber(channels[j].asCString()));
     }
     return keys;
 }
@@ -92,7 +92,7 @@ bool ScheduleRecordingAPI::DeleteRepeatSchedule()
     }
     auto const keys = PairKeys(starts, channels);
     Json::Value kept(Json::arrayValue);
-    KeepRecords(records, kept, [&keys](Json::Value& record) {
+    KeepRecords(records, kept, [&keys](Json::Value const& record) {
         auto const named = keys.find(record[member::kStartTime].asInt());
         return named != keys.end() && named->second.contains(record[member::kId].asInt());
     });

@@ -6,19 +6,42 @@
 #include "frame/web_api_error.h"
 #include "kald/web_api_util.h"
 #include "platform/record_members.h"
+#include "schedule/data/readable_records.h"
 #include "schedule/userdefine/scoped_flag.h"
 #include "tremolane/recording_service.h"
 
+#include <utility>
+#include <vector>
+
 namespace {
+
+constexpr int kNamesNone = 0;
 
 /// The starts that a comma-separated list names, in its order.
 std::vector<int> ParseStarts(char const* text)
 {
     std::vector<int> starts;
     for (Json::Value const& piece : KALD::WebAPIUtil::ParseToArray(text, ",")) {
-        starts.push_back(LeadingInt(piece.asCString()));
+        long const start = LeadingNumber(piece.asCString());
+        starts.push_back(std::in_range<int>(start) ? static_cast<int>(start) : kNamesNone);
     }
     return starts;
+}
+
+/// Reads all that a delete of these schedules reads, before the first of them is deleted.
+void RequireReadable(std::vector<int> const& starts, int tuner)
+{
+    bool namesAny = false;
+    for (int const start : starts) {
+        Json::Value record;
+        if (KALDTremolane::ReadUserDefineFromFile(record, start, tuner) >= 0) {
+            RequireReadableUserDefine(record);
+            namesAny = true;
+        }
+    }
+    if (namesAny) {
+        RequireReadableSchedules(tuner);
+    }
 }
 
 } // namespace
@@ -40,6 +63,7 @@ void ScheduleRecordingAPI::DeleteNamedUserDefines()
         SetError(kErrorBadParameter);
         return;
     }
+    RequireReadable(starts, *tuner);
     for (int const start : starts) {
         if (KALDTremolane::ReadUserDefineFromFile(m_userDefineRecord, start, *tuner) >= 0) {
             ScopedFlag const deleting(m_deleteOld);

@@ -11,6 +11,7 @@
 #include "platform/appliance_paths.h"
 #include "platform/record_members.h"
 #include "schedule/data/log_source.h"
+#include "schedule/data/readable_records.h"
 #include "schedule/data/schedule_file.h"
 #include "schedule/userdefine/scoped_flag.h"
 #include "tremolane/recording_service.h"
@@ -20,6 +21,7 @@
 #include <cstdint>
 #include <ctime>
 #include <utility>
+#include <vector>
 
 struct ScheduleRecordingAPI::UserDefineEdit {
     bool isRepeat = false;
@@ -33,9 +35,9 @@ struct ScheduleRecordingAPI::UserDefineEdit {
 };
 
 struct ScheduleRecordingAPI::StoredSchedules {
-    Json::Value oneShot; ///< array or null, as all three
+    Json::Value oneShot; ///< array or null, as the other
     Json::Value repeat;
-    Json::Value kept; ///< what a rewrite of the one-shot file keeps; null if nothing
+    std::vector<bool> leftOut; ///< by position, what a rewrite of the one-shot file leaves out
     bool mustRewrite = false;
 };
 
@@ -49,63 +51,6 @@ constexpr int kStatusWaiting = 4;
 constexpr int kNeverCounts = 0; ///< a start that takes no part in the overlap test
 constexpr int kDaySeconds = 86400;
 constexpr int kDaysOfWeek = 7;
-
-/// Reads a member as the commit will; the conversion throws if its type does not allow it.
-struct MemberCheck {
-    Json::StaticString name;
-    void (*read)(Json::Value const& value);
-};
-
-void ReadInt(Json::Value const& value)
-{
-    value.asInt();
-}
-
-void ReadText(Json::Value const& value)
-{
-    value.asString();
-}
-
-void ReadFlag(Json::Value const& value)
-{
-    value.asBool();
-}
-
-MemberCheck const kOneShotMembers[] = {{member::kStartTime, ReadInt},
-                                       {member::kServiceId, ReadText},
-                                       {member::kFrequency, ReadText},
-                                       {member::kStatus, ReadInt}};
-
-MemberCheck const kRepeatMembers[] = {
-    {member::kStartTime, ReadInt}, {member::kId, ReadInt}, {member::kLastCreateTime, ReadInt}};
-
-MemberCheck const kUserDefineMembers[] = {
-    {member::kStartTime, ReadInt},       {member::kChannelId, ReadText},
-    {member::kChannelName, ReadText},    {member::kEventName, ReadText},
-    {member::kTextName, ReadText},       {member::kInputStartTime, ReadText},
-    {member::kInputStartDate, ReadText}, {member::kInputDuration, ReadText},
-    {member::kIsRepeat, ReadFlag},       {member::kIsWeekly, ReadFlag},
-    {member::kWeekdayStatus, ReadText},  {member::kEndDate, ReadText}};
-
-/// Throws Json::LogicError on a record that the commit could not read: half-way through it, that
-/// would cost the old schedule.
-template <std::size_t size>
-void RequireReadable(Json::Value const& record, MemberCheck const (&members)[size])
-{
-    for (MemberCheck const& member : members) {
-        member.read(record[member.name]);
-    }
-}
-
-/// A file that does not load is an empty list.
-template <std::size_t size>
-void LoadReadable(Json::Value& records, std::string const& path, MemberCheck const (&members)[size])
-{
-    LoadRecordFile(records, path);
-    for (Json::Value const& record : std::as_const(records)) {
-        RequireReadable(record, members);
-    }
-}
 
 void NeutraliseOneShot(Json::Value& oneShot, int start)
 {
@@ -158,8 +103,10 @@ void ScheduleRecordingAPI::EditUserDefine()
         return;
     }
     StoredSchedules stored;
-    LoadReadable(stored.oneShot, OneShotFile(edit.tuner), kOneShotMembers);
-    LoadReadable(stored.repeat, RepeatFile(edit.tuner), kRepeatMembers);
+    LoadRecordFile(stored.oneShot, OneShotFile(edit.tuner)); // what does not load is an empty list
+    LoadRecordFile(stored.repeat, RepeatFile(edit.tuner));
+    RequireReadableOneShots(stored.oneShot);
+    RequireReadableRepeats(stored.repeat);
     NeutraliseOld(stored);
     if (!IsFree(edit, stored)) {
         SetError(kErrorOverlap);
@@ -200,7 +147,7 @@ bool ScheduleRecordingAPI::ValidateEdit(UserDefineEdit& edit)
     if (KALDTremolane::ReadUserDefineFromFile(m_userDefineRecord, edit.oldStart, edit.tuner) < 0) {
         return false;
     }
-    RequireReadable(m_userDefineRecord, kUserDefineMembers);
+    RequireReadableUserDefine(m_userDefineRecord);
     return true;
 }
 
@@ -215,11 +162,11 @@ void ScheduleRecordingAPI::NeutraliseOld(StoredSchedules& stored)
     int const lastCreate = NeutraliseRepeat(stored.repeat, start);
     std::string const channelId = old[member::kChannelId].asString();
     for (Json::Value& record : stored.oneShot) {
-        if (IsMadeFrom(record, channelId, lastCreate)) {
+        bool const isMade = IsMadeFrom(record, channelId, lastCreate);
+        stored.leftOut.push_back(isMade);
+        if (isMade) {
             record[member::kStartTime] = kNeverCounts;
             stored.mustRewrite = true;
-        } else {
-            stored.kept.append(record); // a copy: the overlap test reads the original
         }
     }
 }
@@ -250,14 +197,20 @@ bool ScheduleRecordingAPI::IsFree(UserDefineEdit const& edit, StoredSchedules& s
 
 bool ScheduleRecordingAPI::CommitOneShots(int tuner, StoredSchedules& stored)
 {
-    std::string const path = OneShotFile(tuner);
-    if (!stored.mustRewrite || WebUtils::SaveJsonFile(stored.kept, path.c_str())) {
+    if (!stored.mustRewrite) {
         return true;
     }
-    ::syslog(LOG_ERR, "%s:%d Fail to save schedule json. Path is %s", kLogSource, kSaveLine,
-             path.c_str());
-    SetError(kErrorFailed);
-    return false;
+    Json::Value kept; // stays null if everything is left out
+    auto position = stored.leftOut.cbegin();
+    KeepRecords(stored.oneShot, kept, [&position](Json::Value const&) { return *position++; });
+    std::string const path = OneShotFile(tuner);
+    if (!WebUtils::SaveJsonFile(kept, path.c_str())) {
+        ::syslog(LOG_ERR, "%s:%d Fail to save schedule json. Path is %s", kLogSource, kSaveLine,
+                 path.c_str());
+        SetError(kErrorFailed);
+        return false;
+    }
+    return true;
 }
 
 void ScheduleRecordingAPI::ReplaceOld()

@@ -6,6 +6,7 @@
 #include "kald/web_utils.h"
 #include "platform/appliance_paths.h"
 #include "platform/record_members.h"
+#include "schedule/data/readable_records.h"
 #include "schedule/data/schedule_file.h"
 
 #include <unistd.h>
@@ -53,13 +54,13 @@ bool LoadToChange(Json::Value& records)
            (::access(kUserDefineFile, F_OK) != 0 && errno == ENOENT);
 }
 
-/// Moves to `kept` all records but those of the tuner that start at one of `starts`. A negative
-/// tuner has no records.
+/// Moves to `kept` all records but those of the tuner that start at one of `starts`. Those of a
+/// negative tuner all stay.
 void KeepOthers(Json::Value& records, Json::Value& kept, std::set<int> const& starts, int tuner)
 {
     KeepRecords(records, kept, [&starts, tuner](Json::Value const& record) {
-        return tuner >= 0 && starts.contains(record[member::kStartTime].asInt()) &&
-               record[member::kTuner].asInt() == tuner;
+        bool const isOfTuner = record[member::kTuner].asInt() == tuner && tuner >= 0;
+        return starts.contains(record[member::kStartTime].asInt()) && isOfTuner;
     });
 }
 
@@ -89,6 +90,9 @@ bool ScheduleRecordingAPI::DescribeUserDefine(Json::Value& record)
     }
     record[member::kStartTime] = DateTimeToEpoch(record[member::kInputStartDate].asCString(),
                                                  record[member::kInputStartTime].asCString());
+    if (m_restoreOld) { // the same texts can mean another hour by today's daylight saving
+        record[member::kStartTime] = m_userDefineRecord[member::kStartTime];
+    }
     record[member::kDuration] = TimeTextToSeconds(record[member::kInputDuration].asCString());
     return true;
 }
@@ -110,6 +114,7 @@ int ScheduleRecordingAPI::SaveUserDefineRecord()
         return start;
     }
     record[member::kTuner] = *tuner;
+    RequireReadableSchedules(*tuner); // the create that follows reads them
     Json::Value records;
     if (!LoadToChange(records)) {
         return kNotSaved;

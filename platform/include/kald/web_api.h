@@ -57,6 +57,7 @@ public:
     /// Above 0: authorised. -1: no login. -3: the account is locked. Any other value: refused.
     virtual int CheckAuthorized();
 
+    // Not called here; they hold their places in the table of virtual functions.
     virtual int CheckSharingPermission();
     virtual int CheckSharingAppPermission();
     virtual int HandleUploadFile();
@@ -77,7 +78,11 @@ protected:
     Json::Value m_response; ///< the recorded response data; null if none
 
 private:
-    void RunGuarded();
+    /// Reads, authorises, processes.
+    void RunRequest();
+
+    /// The same with what it throws recorded as an error; the answer.
+    std::string RunGuarded();
 };
 
 } // namespace KALD
