@@ -31,7 +31,8 @@ constexpr ErrorCode kErrorCodes[] = {{EINVAL, 101}, {EEXIST, 401}, {ENOENT, 402}
 int LockStore(std::string const& path, UniqueFd& lock)
 {
     constexpr mode_t kMode = 0644;
-    lock = UniqueFd(::open((path + ".lock").c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, kMode));
+    lock = UniqueFd(
+        ::open((path + ".lock").c_str(), O_RDONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC, kMode));
     if (!lock) {
         return errno == ENOENT ? 0 : EIO;
     }

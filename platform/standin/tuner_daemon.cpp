@@ -14,8 +14,8 @@ namespace {
 bool Command(std::string const& line)
 {
     constexpr mode_t kMode = 0644;
-    standin::UniqueFd const fd(
-        ::open(appliance::kDaemonCommands, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, kMode));
+    standin::UniqueFd const fd(::open(
+        appliance::kDaemonCommands, O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_CLOEXEC, kMode));
     return fd && ::write(fd.Get(), line.data(), line.size()) == static_cast<ssize_t>(line.size());
 }
 
