@@ -17,7 +17,7 @@ EXAMPLE = re.compile(r"^```sh\n(.*?)^```\n\n^```json\n(.*?)^```$", re.DOTALL | r
 
 
 def shape(value, key=""):
-    """What must not differ: members, types and outcome. Texts, times and numbers of elements may."""
+    """What must not differ: members, types and outcome. Texts, times and lengths may."""
     if isinstance(value, dict):
         return {name: shape(member, name) for name, member in value.items()}
     if isinstance(value, list):

@@ -23,4 +23,5 @@ depends=$(dpkg-deb --field "$deb" Depends)
 for library in libc6 libjsoncpp liburiparser; do
     [[ "$depends" == *"$library"* ]] || fail "$deb depends on '$depends', not on $library"
 done
-exec "$(dirname "$0")/api_examples_test.py" "$package/root/usr/lib/cgi-bin/schedule_recording" "$appliance"
+program="$package/root/usr/lib/cgi-bin/schedule_recording"
+exec "$(dirname "$0")/api_examples_test.py" "$program" "$appliance"
