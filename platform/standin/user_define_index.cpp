@@ -16,15 +16,17 @@ namespace {
 using namespace appliance;
 using standin::UniqueFd;
 
-/// A parsed user-defined file, good for as long as the file on disk is still that one. It keeps the
-/// file open, so that its inode number cannot come back as another file's.
+/// A parsed user-defined file, good for as long as the file on disk is still that one. The file is
+/// kept open and asked itself: one that is written, replaced, renamed or removed gets another size,
+/// change time or count of links. A walk down the path for every schedule of a page would cost more
+/// than all look-ups.
 class UserDefineIndex {
 public:
     /// Parses the file unless this is what stands on disk.
     void Refresh()
     {
         struct stat info {};
-        if (m_file && ::stat(kUserDefineFile, &info) == 0 && IsSame(info)) {
+        if (m_file && ::fstat(m_file.Get(), &info) == 0 && IsSame(info)) {
             return;
         }
         *this = UserDefineIndex();
@@ -58,9 +60,9 @@ private:
 
     bool IsSame(struct stat const& info) const
     {
-        return info.st_dev == m_info.st_dev && info.st_ino == m_info.st_ino &&
-               info.st_size == m_info.st_size && info.st_mtim.tv_sec == m_info.st_mtim.tv_sec &&
-               info.st_mtim.tv_nsec == m_info.st_mtim.tv_nsec;
+        return info.st_nlink > 0 && info.st_size == m_info.st_size &&
+               info.st_ctim.tv_sec == m_info.st_ctim.tv_sec &&
+               info.st_ctim.tv_nsec == m_info.st_ctim.tv_nsec;
     }
 
     void BuildIndex()

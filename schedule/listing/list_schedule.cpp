@@ -187,9 +187,12 @@ void ScheduleRecordingAPI::MergeSchedules(Json::Value& view, Json::Value& repeat
         order.push_back(&node);
     }
     std::sort(order.begin(), order.end(), StartTimeOrder());
-    Json::ArrayIndex position = 0;
-    for (ScheduleNode* const node : order) {
-        WriteNode(*node, schedules[position++]);
+    while (schedules.size() < nodes.size()) {
+        schedules.append(Json::Value(Json::objectValue));
+    }
+    auto node = order.cbegin();
+    for (Json::Value& element : schedules) {
+        WriteNode(**node++, element);
     }
 }
 

@@ -1,0 +1,163 @@
+/// @file A writer that walks a document once.
+#include "platform/standin/ascii_json.h"
+
+#include <json/writer.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <string_view>
+
+namespace standin {
+
+namespace {
+
+constexpr std::uint32_t kReplacement = 0xFFFD;
+
+struct CodePoint {
+    std::uint32_t value;
+    std::size_t length; ///< bytes taken
+};
+
+/// A form of sequences: its first byte, and the code points that need it.
+struct Form {
+    unsigned char lead, mask;
+    std::uint32_t smallest, largest;
+};
+
+constexpr Form kForms[] = {{0xC0, 0xE0, 0x80, 0x7FF}, // two bytes, three, four
+                           {0xE0, 0xF0, 0x800, 0xFFFF},
+                           {0xF0, 0xF8, 0x10000, 0x10FFFF}};
+
+/// Decodes the sequence at the front of a text that starts with a byte above 0x7F.
+CodePoint DecodeWide(std::string_view text)
+{
+    auto const byte = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+    std::size_t length = 1;
+    for (Form const& form : kForms) {
+        ++length;
+        if ((byte(0) & form.mask) != form.lead || text.size() < length) {
+            continue;
+        }
+        std::uint32_t value = byte(0) & static_cast<unsigned char>(~form.mask);
+        bool isValid = true;
+        for (std::size_t i = 1; i < length; ++i) {
+            isValid = isValid && (byte(i) & 0xC0) == 0x80;
+            value = value << 6 | (byte(i) & 0x3FU);
+        }
+        bool const isSurrogate = value >= 0xD800 && value <= 0xDFFF;
+        if (isValid && !isSurrogate && value >= form.smallest && value <= form.largest) {
+            return {value, length};
+        }
+    }
+    return {kReplacement, 1};
+}
+
+void AppendUnit(std::string& out, std::uint32_t unit)
+{
+    char text[8];
+    std::snprintf(text, sizeof text, "\\u%04x", unit & 0xFFFFU);
+    out += text;
+}
+
+void AppendEscape(std::string& out, std::uint32_t value)
+{
+    if (value == '"' || value == '\\') {
+        out += '\\';
+        out += static_cast<char>(value);
+    } else if (value < 0x10000) {
+        AppendUnit(out, value);
+    } else { // a pair of surrogates
+        AppendUnit(out, 0xD800 + ((value - 0x10000) >> 10));
+        AppendUnit(out, 0xDC00 + ((value - 0x10000) & 0x3FF));
+    }
+}
+
+bool IsPlain(char c)
+{
+    auto const byte = static_cast<unsigned char>(c);
+    return byte >= 0x20 && byte < 0x80 && byte != '"' && byte != '\\';
+}
+
+void AppendText(std::string& out, char const* begin, char const* end)
+{
+    out += '"';
+    while (begin != end) {
+        char const* const run = begin;
+        while (begin != end && IsPlain(*begin)) {
+            ++begin;
+        }
+        out.append(run, begin);
+        if (begin != end) {
+            std::string_view const rest(begin, static_cast<std::size_t>(end - begin));
+            bool const isWide = static_cast<unsigned char>(rest[0]) >= 0x80;
+            CodePoint const point =
+                isWide ? DecodeWide(rest) : CodePoint{static_cast<std::uint32_t>(rest[0]), 1};
+            AppendEscape(out, point.value);
+            begin += point.length;
+        }
+    }
+    out += '"';
+}
+
+void AppendMembers(std::string& out, Json::Value const& object)
+{
+    char separator = '{';
+    for (auto member = object.begin(); member != object.end(); ++member) {
+        char const* end = nullptr;
+        char const* const name = member.memberName(&end);
+        out += separator;
+        AppendText(out, name, end);
+        out += ':';
+        AppendAsciiJson(out, *member);
+        separator = ',';
+    }
+    out += object.empty() ? "{}" : "}";
+}
+
+void AppendElements(std::string& out, Json::Value const& array)
+{
+    char separator = '[';
+    for (Json::Value const& element : array) {
+        out += separator;
+        AppendAsciiJson(out, element);
+        separator = ',';
+    }
+    out += array.empty() ? "[]" : "]";
+}
+
+} // namespace
+
+void AppendAsciiJson(std::string& out, Json::Value const& document)
+{
+    char const* begin = nullptr;
+    char const* end = nullptr;
+    switch (document.type()) {
+    case Json::nullValue:
+        out += "null";
+        break;
+    case Json::intValue:
+        out += std::to_string(document.asLargestInt());
+        break;
+    case Json::uintValue:
+        out += std::to_string(document.asLargestUInt());
+        break;
+    case Json::realValue:
+        out += Json::valueToString(document.asDouble());
+        break;
+    case Json::stringValue:
+        document.getString(&begin, &end);
+        AppendText(out, begin, end);
+        break;
+    case Json::booleanValue:
+        out += document.asBool() ? "true" : "false";
+        break;
+    case Json::arrayValue:
+        AppendElements(out, document);
+        break;
+    case Json::objectValue:
+        AppendMembers(out, document);
+        break;
+    }
+}
+
+} // namespace standin
