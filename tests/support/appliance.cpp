@@ -1,88 +1,51 @@
 /// @file The appliance tree, and requests run in this process.
 #include "tests/support/appliance.h"
 
-#include "platform/appliance_paths.h"
 #include "tests/support/seams.h"
 
 #include <json/reader.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <ctime>
 #include <filesystem>
 #include <fstream>
-#include <memory>
+#include <iterator>
 #include <sstream>
 
 namespace fs = std::filesystem;
 
 namespace {
 
-/// Puts a memory file holding `text` in the place of a standard descriptor for as long as it lives.
-class Redirect {
-public:
-    Redirect(int fd, std::string const& text)
-        : m_fd(fd), m_saved(::dup(fd)), m_file(::memfd_create("redirect", MFD_CLOEXEC))
-    {
-        EXPECT_EQ(::pwrite(m_file, text.data(), text.size(), 0), static_cast<ssize_t>(text.size()));
-        ::dup2(m_file, fd);
-    }
-    ~Redirect()
-    {
-        ::dup2(m_saved, m_fd);
-        ::close(m_saved);
-        ::close(m_file);
-    }
-
-    std::string Content() const
-    {
-        std::string text(static_cast<std::size_t>(::lseek(m_file, 0, SEEK_END)), '\0');
-        EXPECT_EQ(::pread(m_file, text.data(), text.size(), 0), static_cast<ssize_t>(text.size()));
-        return text;
-    }
-
-private:
-    int m_fd, m_saved, m_file;
-};
-
-std::string Variable(char const* name)
+/// A memory file that holds `text`, to stand in the place of a standard stream.
+int MemoryFile(std::string const& text)
 {
-    char const* const value = std::getenv(name);
-    return value != nullptr ? value : "";
+    int const fd = ::memfd_create("stream", MFD_CLOEXEC);
+    EXPECT_EQ(::pwrite(fd, text.data(), text.size(), 0), static_cast<ssize_t>(text.size()));
+    return fd;
 }
 
 void SetVariable(char const* name, std::string const& value)
 {
-    if (value.empty()) {
-        ::unsetenv(name);
-    } else {
-        ::setenv(name, value.c_str(), 1);
-    }
+    value.empty() ? ::unsetenv(name) : ::setenv(name, value.c_str(), 1);
 }
 
-/// Every file of the package and of the daemon, but locks, whose presence means nothing.
+std::string Content(std::string const& path)
+{
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// Every file of the tree, but locks, whose presence means nothing.
 Files Snapshot()
 {
     Files files;
-    fs::path const root(appliance::kRoot);
-    for (char const* folder : {"/var", "/etc"}) {
-        for (auto const& entry : fs::recursive_directory_iterator(root.string() + folder)) {
-            if (entry.is_regular_file() && entry.path().extension() != ".lock") {
-                std::string const path = '/' + fs::relative(entry.path(), root).string();
-                files[path] = Appliance::Read(path);
-            }
+    for (auto const& entry : fs::recursive_directory_iterator(appliance::kRoot)) {
+        if (entry.is_regular_file() && entry.path().extension() != ".lock") {
+            std::string const path = entry.path().string();
+            files[path.substr(sizeof appliance::kRoot - 1)] = Content(path);
         }
     }
     return files;
-}
-
-std::string JoinedLog()
-{
-    std::string lines;
-    for (auto const& line : seams::logged) {
-        lines += line.text + ';';
-    }
-    return lines;
 }
 
 /// What two texts are compared by: the document if it is JSON, else the text.
@@ -92,32 +55,34 @@ std::string Form(std::string const& text)
     return document.isNull() ? text : document.toStyledString();
 }
 
-void Lay(Files const& files)
+} // namespace
+
+void Appliance::SetUp()
 {
-    for (auto const& [path, text] : files) {
-        if (text.empty()) {
-            Appliance::Remove(path);
-        } else {
-            Appliance::Write(path, text);
-        }
-    }
+    static char const* const started = std::getenv("TZ");
+    static std::string const zone = started != nullptr ? started : "";
+    SetZone(zone);
+    Reset();
 }
 
-} // namespace
+void Appliance::SetZone(std::string const& name)
+{
+    SetVariable("TZ", name);
+    ::tzset();
+}
 
 void Appliance::Reset()
 {
     seams::Reset();
-    fs::remove_all(appliance::kRoot);
+    Remove("");
     Lay({{"/etc/passwd", "admin:x:1024:100::/:\nviewer:x:1026:100::/:\nguest:x:1027:100::/:\n"
                          "locked:!:1028:100::/:\nnouid:x:4294967295:100::/:\n"},
-         {"/etc/group", "users:x:100:\nadministrators:x:101:admin,nouid,ghost\n"},
-         {kUsers, R"({"1026":{"dtv":true}})"},
-         {kFolders, R"([{"section":"tv_record","share":"video","subpath":"tv"}])"}});
-    for (char const* folder :
-         {"/volume1/video/tv", "/var/run/dtvd", "/var/packages/Tremolane/etc/dtvschedules",
-          "/var/packages/Tremolane/etc/dtvrepeatschedules"}) {
-        fs::create_directories(PathOf(folder));
+         {"/etc/group", "users:x:100:guest\nadministrators:x:101:admin,nouid,ghost\n"},
+         {kUsers, "{'1026':{'dtv':true}}"},
+         {kFolders, "[{'section':'tv_record','share':'video','subpath':'tv'}]"}});
+    fs::create_directories(PathOf("/volume1/video/tv"));
+    for (char const* file : {kOneShot, kRepeat, kCommands}) {
+        fs::create_directories(fs::path(PathOf(file)).parent_path());
     }
 }
 
@@ -130,12 +95,15 @@ Outcome Appliance::RunAs(Request const& request, KALD::WebAPI& api, Json::Value 
     SetVariable("CONTENT_LENGTH", request.contentLength);
     SetVariable("CONTENT_TYPE", request.contentType);
     std::fflush(stdout);
-    Outcome outcome;
-    {
-        Redirect const input(STDIN_FILENO, request.body);
-        Redirect const output(STDOUT_FILENO, "");
-        api.Run();
-        outcome.raw = output.Content();
+    int const input = MemoryFile(request.body), output = MemoryFile("");
+    int const saved = ::dup(STDOUT_FILENO);
+    ::dup2(input, STDIN_FILENO);
+    ::dup2(output, STDOUT_FILENO);
+    api.Run();
+    ::dup2(saved, STDOUT_FILENO);
+    Outcome outcome{Content("/proc/self/fd/" + std::to_string(output)), {}, {}};
+    for (int const fd : {input, output, saved}) {
+        ::close(fd);
     }
     for (Json::Value const& code : errors) {
         outcome.codes.push_back(code.asInt());
@@ -152,30 +120,25 @@ void Appliance::CheckRow(Files const& base, Row const& row, int now)
     Lay(base);
     Lay(row.before);
     Files expected = Snapshot();
-    for (auto const& [path, text] : row.after) {
-        expected[path] = text;
-    }
-    if (!row.commands.empty()) {
-        expected[kCommands] += Replaced(row.commands, ";", "\n");
-    }
-    if (row.commandsBeforeFailure >= 0) {
-        seams::failingPath = PathOf(kCommands);
-        seams::opensBeforeFailure = row.commandsBeforeFailure;
-    }
+    expected[kCommands] += Replaced(row.commands, ";", "\n");
+    seams::failingPath = row.commandsBeforeFailure < 0 ? "" : PathOf(kCommands);
+    seams::opensBeforeFailure = row.commandsBeforeFailure;
     Outcome const outcome = Run(Request{.query = row.query, .user = row.user});
-    seams::failingPath.clear();
     EXPECT_EQ(outcome.codes, row.codes);
     EXPECT_EQ(outcome.body["success"].asBool(), row.codes.empty());
     EXPECT_EQ(outcome.body["error"]["code"].asInt(), row.codes.empty() ? 0 : row.codes.front());
-    EXPECT_EQ(outcome.body["data"].toStyledString(), Parsed(row.data).toStyledString());
-    EXPECT_EQ(JoinedLog(), row.log);
-    Files const files = Snapshot();
-    for (auto const& [path, text] : files) {
-        EXPECT_EQ(Form(text), Form(expected[path])) << path;
+    EXPECT_EQ(outcome.body["data"], Parsed(row.data));
+    EXPECT_EQ(seams::logged.size(), row.log.empty() ? 0U : 1U);
+    EXPECT_EQ(seams::logged.empty() ? "" : seams::logged[0].text, row.log);
+    Files files = Snapshot();
+    for (auto const& [path, text] : row.after) {
+        EXPECT_EQ(Form(files[path]), Form(text)) << path;
+        expected[path] = files[path];
     }
     for (auto const& [path, text] : expected) {
-        EXPECT_EQ(files.contains(path), !text.empty()) << path;
+        EXPECT_EQ(files[path], text) << path;
     }
+    EXPECT_EQ(files.size(), expected.size());
 }
 
 void Appliance::Check(Files const& base, std::vector<Row> const& rows, int now)
@@ -186,6 +149,16 @@ void Appliance::Check(Files const& base, std::vector<Row> const& rows, int now)
     }
 }
 
+std::vector<Row> Variants(std::string const& query, std::vector<int> const& codes,
+                          std::vector<std::pair<char const*, char const*>> const& replacements)
+{
+    std::vector<Row> rows;
+    for (auto const& [from, to] : replacements) {
+        rows.emplace_back("variant", Replaced(query, from, to)).codes = codes;
+    }
+    return rows;
+}
+
 void Appliance::Write(std::string const& path, std::string const& text)
 {
     fs::create_directories(fs::path(PathOf(path)).parent_path());
@@ -194,35 +167,27 @@ void Appliance::Write(std::string const& path, std::string const& text)
 
 std::string Appliance::Read(std::string const& path)
 {
-    std::ostringstream text;
-    std::ifstream file(PathOf(path));
-    if (file.peek() != std::ifstream::traits_type::eof()) {
-        text << file.rdbuf();
+    return Content(PathOf(path));
+}
+
+void Appliance::Lay(Files const& files)
+{
+    for (auto const& [path, text] : files) {
+        text.empty() ? Remove(path) : Write(path, Replaced(text, "'", "\""));
     }
-    return text.str();
-}
-
-void Appliance::Remove(std::string const& path)
-{
-    fs::remove_all(PathOf(path));
-}
-
-std::string Appliance::PathOf(std::string const& path)
-{
-    return appliance::kRoot + path;
 }
 
 Json::Value Parsed(std::string const& text)
 {
+    Json::CharReaderBuilder builder;
+    builder["allowSingleQuotes"] = true;
+    std::istringstream stream(text);
     Json::Value document;
-    std::unique_ptr<Json::CharReader> const reader(Json::CharReaderBuilder().newCharReader());
     try {
-        if (reader->parse(text.data(), text.data() + text.size(), &document, nullptr)) {
-            return document;
-        }
+        return parseFromStream(builder, stream, &document, nullptr) ? document : Json::Value();
     } catch (Json::Exception const&) { // nested deeper than the parser goes
+        return {};
     }
-    return {};
 }
 
 std::string Replaced(std::string text, std::string const& from, std::string const& to)
@@ -234,14 +199,11 @@ std::string Replaced(std::string text, std::string const& from, std::string cons
     return text;
 }
 
-Zone::Zone(char const* name) : m_old(Variable("TZ"))
+std::string List(std::vector<std::string> const& elements)
 {
-    ::setenv("TZ", name, 1);
-    ::tzset();
-}
-
-Zone::~Zone()
-{
-    SetVariable("TZ", m_old);
-    ::tzset();
+    std::string text;
+    for (std::string const& element : elements) {
+        text += (text.empty() ? "" : ",") + element;
+    }
+    return '[' + text + ']';
 }

@@ -3,12 +3,16 @@
 #pragma once
 
 #include "frame/schedule_recording_api.h"
+#include "platform/appliance_paths.h"
 
 #include <gtest/gtest.h>
 #include <json/value.h>
+#include <json/writer.h>
 
+#include <filesystem>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// A request as the web server would hand it over. What is empty is unset.
@@ -28,32 +32,47 @@ struct Outcome {
     std::vector<int> codes; ///< every recorded error code, in order
 };
 
-/// Files by their path below the root of the tree.
+/// Files by their path below the root of the tree; empty text stands for no file. In the tables
+/// their JSON has ' in the place of ".
 using Files = std::map<std::string, std::string>;
 
 /// A row of a table: given these files and this request, this answer and these files afterwards. A
-/// file of the package or command of the daemon that a row does not name must not have changed.
+/// file of the appliance that a row does not name must not have changed.
 struct Row {
-    std::string name;
-    std::string query;
-    std::vector<int> codes = {}; ///< recorded, in order; the first must be the answered one
-    std::string data = "";       ///< the answer's data as JSON; empty: none
-    Files before = {};           ///< beside those of the table; empty text: removed
-    Files after = {};            ///< as JSON where it is JSON; empty text: there is no such file
-    std::string commands = "";   ///< the daemon's commands, each followed by a ";"
-    std::string log = "";        ///< lines logged, each followed by a ";"
-    std::string user = "admin";
-    int commandsBeforeFailure = -1; ///< commands that reach the daemon before one fails; -1: all
+    // A setter a line.
+    // clang-format off
+    /// The codes are all that are recorded, in order; the first must be the answered one.
+    template <class... Codes> Row(char const* about, std::string request, Codes... recorded)
+        : name(about), query(std::move(request)), codes{recorded...} {}
+    Row& As(std::string login) { user = std::move(login); return *this; }
+    Row& Given(Files files) { before = std::move(files); return *this; } ///< beside the table's
+    /// Files, compared as JSON, and the commands that reached the daemon, each followed by a ";".
+    Row& Then(Files files, std::string const& lines = "") { after = std::move(files); commands = lines; return *this; }
+    Row& Answers(std::string json) { data = std::move(json); return *this; }
+    Row& Logs(std::string line) { log = std::move(line); return *this; } ///< the only one
+    Row& FailsAfter(int count) { commandsBeforeFailure = count; return *this; } ///< commands that reach the daemon
+    // clang-format on
+
+    std::string name, query, user = "admin", data, commands, log;
+    std::vector<int> codes;
+    Files before, after;
+    int commandsBeforeFailure = -1;
 };
+
+/// Rows that each make one replacement in a good request, and are refused with these codes.
+std::vector<Row> Variants(std::string const& query, std::vector<int> const& codes,
+                          std::vector<std::pair<char const*, char const*>> const& replacements);
 
 /// A tree with an administrator (admin, uid 1024), a user with the privilege dtv (viewer, 1026),
 /// one without (guest, 1027), a locked account (locked, 1028), an administrator without a uid
 /// (nouid), one without an account (ghost), a recording folder and a running daemon.
 class Appliance : public ::testing::Test {
 protected:
-    void SetUp() override { Reset(); }
+    /// A fresh tree, in the time zone in which the program was started.
+    void SetUp() override;
 
     static void Reset();
+    static void SetZone(std::string const& name); ///< the local time zone, until the test ends
 
     /// Runs the whole endpoint, or a host class of the test's own, for a request.
     template <class Api = ScheduleRecordingAPI>
@@ -72,34 +91,34 @@ protected:
 public:
     /// Writing makes the folders that are missing; a missing file reads as empty.
     static void Write(std::string const& path, std::string const& text);
+    static void Lay(Files const& files);
     static std::string Read(std::string const& path);
-    static void Remove(std::string const& path);
-    static std::string PathOf(std::string const& path);
+    static void Remove(std::string const& path) { std::filesystem::remove_all(PathOf(path)); }
+    static std::string PathOf(std::string const& path) { return appliance::kRoot + path; }
 
 private:
     static Outcome RunAs(Request const& request, KALD::WebAPI& api, Json::Value const& errors);
     static void CheckRow(Files const& base, Row const& row, int now);
 };
 
-/// Parses JSON; null if it is none.
+/// Parses JSON, also with ' in the place of "; null if it is none.
 Json::Value Parsed(std::string const& text);
 
 /// Replaces every `from` in `text`.
 std::string Replaced(std::string text, std::string const& from, std::string const& to);
 
-/// Makes the local time zone another one for as long as it lives.
-class Zone {
-public:
-    explicit Zone(char const* name);
-    ~Zone();
-    Zone(Zone const&) = delete;
-    Zone& operator=(Zone const&) = delete;
+/// The JSON array of elements that are JSON.
+std::string List(std::vector<std::string> const& elements);
 
-private:
-    std::string m_old;
-};
+/// Expects that a function makes of each first of a table the second.
+template <class In, class Out, class Function>
+void ExpectEach(Function const& function, std::vector<std::pair<In, Out>> const& table)
+{
+    for (auto const& [in, out] : table) {
+        EXPECT_EQ(function(in), out) << in;
+    }
+}
 
-inline constexpr char kEtc[] = "/var/packages/Tremolane/etc/";
 inline constexpr char kOneShot[] = "/var/packages/Tremolane/etc/dtvschedules/0dtv_schedule.json";
 inline constexpr char kRepeat[] =
     "/var/packages/Tremolane/etc/dtvrepeatschedules/0dtv_repeat_schedule.json";
@@ -107,3 +126,6 @@ inline constexpr char kUserDefine[] = "/var/packages/Tremolane/etc/dtvuserdefine
 inline constexpr char kUsers[] = "/var/packages/Tremolane/etc/users.conf";
 inline constexpr char kFolders[] = "/var/packages/Tremolane/etc/folder.conf";
 inline constexpr char kCommands[] = "/var/run/dtvd/commands";
+
+/// Behind the path of a file: what stands in the way of its temporary file, so that no save works.
+inline std::string const kInTheWay = ".tmp/x";
