@@ -111,10 +111,10 @@ void BM_ReadParameters(benchmark::State& state)
 
 } // namespace
 
-BENCHMARK(BM_MergeSchedules)->Range(100, 10'000)->Complexity();
-BENCHMARK(BM_FillStatus)->Range(100, 10'000)->Complexity();
-BENCHMARK(BM_FillStartText)->Range(100, 10'000)->Complexity();
-BENCHMARK(BM_TaskIsOverLap)->Range(100, 10'000)->Complexity();
-BENCHMARK(BM_ReadParameters)->Range(1, 1'000)->Complexity();
+BENCHMARK(BM_MergeSchedules)->Range(100, 10'000)->Complexity(benchmark::oN);
+BENCHMARK(BM_FillStatus)->Range(100, 10'000)->Complexity(benchmark::oN);
+BENCHMARK(BM_FillStartText)->Range(100, 10'000)->Complexity(benchmark::oN);
+BENCHMARK(BM_TaskIsOverLap)->Range(100, 10'000)->Complexity(benchmark::oN);
+BENCHMARK(BM_ReadParameters)->Range(1, 1'000)->Complexity(benchmark::oN);
 
 BENCHMARK_MAIN();
