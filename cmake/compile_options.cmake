@@ -1,6 +1,10 @@
 # Warnings, hardening and sanitizers, for every target.
 add_compile_options(-Wall -Wextra -Wpedantic -Wconversion -Wshadow)
 
+if(FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 if(SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all
     -fno-omit-frame-pointer)
