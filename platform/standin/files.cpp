@@ -7,6 +7,8 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <optional>
+#include <utility>
 
 namespace standin {
 
@@ -40,10 +42,14 @@ UniqueFd OpenTemporary(std::string const& path)
     }
 }
 
-mode_t ModeFor(std::string const& path)
+/// The mode of the file at `path`, that of a new file if there is none; none if it cannot be told.
+std::optional<mode_t> ModeFor(std::string const& path)
 {
     struct stat old {};
-    return ::stat(path.c_str(), &old) == 0 ? old.st_mode & kPermissionBits : kNewFileMode;
+    if (::stat(path.c_str(), &old) == 0) {
+        return old.st_mode & kPermissionBits;
+    }
+    return errno == ENOENT ? std::optional(kNewFileMode) : std::nullopt;
 }
 
 bool SyncFolderOf(std::string const& path)
@@ -51,6 +57,41 @@ bool SyncFolderOf(std::string const& path)
     std::string const folder = path.substr(0, path.find_last_of('/') + 1);
     UniqueFd const fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     return fd && ::fsync(fd.Get()) == 0;
+}
+
+/// Locks the old file, if it can change places with the temporary one: that name then belongs to
+/// it, and another process must not take it over. A link to it, by either kind of name, cannot: a
+/// process killed halfway would leave it where the next one writes.
+UniqueFd LockOld(std::string const& path)
+{
+    struct stat old {};
+    UniqueFd fd(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    bool const isAlone =
+        fd && ::fstat(fd.Get(), &old) == 0 && S_ISREG(old.st_mode) && old.st_nlink == 1;
+    return isAlone && ::flock(fd.Get(), LOCK_EX | LOCK_NB) == 0 ? std::move(fd) : UniqueFd();
+}
+
+bool Exchange(std::string const& one, std::string const& other)
+{
+    return ::renameat2(AT_FDCWD, one.c_str(), AT_FDCWD, other.c_str(), RENAME_EXCHANGE) == 0;
+}
+
+/// Moves the temporary file to its place durably. It changes places with the old one, so that they
+/// can change back if the folder does not reach the disk; on a file system that has no exchange, or
+/// without an old file, that is not undone.
+bool Commit(std::string const& temporary, std::string const& path)
+{
+    UniqueFd const old = LockOld(path);
+    bool const exchanged = old && Exchange(temporary, path);
+    bool const moved = exchanged || std::rename(temporary.c_str(), path.c_str()) == 0;
+    bool const synced = moved && SyncFolderOf(path);
+    if (exchanged && !synced) {
+        Exchange(temporary, path);
+    }
+    if (exchanged || !moved) {
+        ::unlink(temporary.c_str());
+    }
+    return synced;
 }
 
 } // namespace
@@ -114,13 +155,13 @@ bool ReplaceFile(std::string const& path, std::string_view text)
     if (!fd) {
         return false;
     }
-    bool const written = ::ftruncate(fd.Get(), 0) == 0 && WriteAll(fd.Get(), text) &&
-                         ::fchmod(fd.Get(), ModeFor(path)) == 0 && ::fsync(fd.Get()) == 0;
-    if (!written || std::rename(temporary.c_str(), path.c_str()) != 0) {
+    std::optional<mode_t> const mode = ModeFor(path);
+    if (!mode || ::ftruncate(fd.Get(), 0) != 0 || !WriteAll(fd.Get(), text) ||
+        ::fchmod(fd.Get(), *mode) != 0 || ::fsync(fd.Get()) != 0) {
         ::unlink(temporary.c_str());
         return false;
     }
-    return SyncFolderOf(path);
+    return Commit(temporary, path);
 }
 
 } // namespace standin
