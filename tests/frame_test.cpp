@@ -4,6 +4,8 @@
 
 #include "frame/privilege.h"
 
+#include <filesystem>
+
 namespace {
 
 // Tables of requests are laid out by hand.
@@ -131,6 +133,40 @@ TEST_F(FrameTest, OffersTheRestToOtherClasses)
               "{\"data\":{\"renderer\":false,\"sharing\":true,"
               "\"text\":\"\\u00e4\\ud83d\\ude00" + Replaced("~~~~~~~(~~~~", "~", "\\ufffd") +
               "\\u0001\"},\"success\":true}\n");
+}
+
+TEST_F(FrameTest, WithstandsHostileInput)
+{
+    std::string const list = "method=list&tuner=0", create = "method=create&id=7&start_time=5&tuner=";
+    std::string many = list, deep(100000, '[');
+    for (int i = 0; i < 10000; ++i) { many += "&p" + std::to_string(i) + "=1"; }
+    struct { std::string query; std::vector<int> codes; Files before = {}; } const rows[] = {
+        {"method=list%0d%0aX-Y:%20z&tuner=0%0d%0aX-Y:%20z", {}}, {"method=create&tuner=0&start_time=5&id=%0d%0a%0d%0a", {101}},
+        {"method=list%00&tuner=0%00../x", {}}, {create + "0&id%00=8", {}}, {many, {}},
+        {Replaced(create, "id=7", "id=" + std::string(500000, '7')) + "0", {101}}, {create + std::string(20, '9'), {}},
+        {create + "../../../../etc/x", {}}, {create + "0", {406}, {{kFolders, deep}}}, {create + "0", {403}, {{kOneShot, deep}}},
+        {"method=delete_repeat&tuner=0&id=5&channel_id=7", {100}, {{kRepeat, deep}}}, {create + "0", {}, {{kUserDefine, deep}}},
+        {create + "0", {406}, {{kFolders, R"([{"section":"tv_record","share":"../../etc/passwd","subpath":".."}])"}}},
+    };
+    for (auto const& [query, codes, before] : rows) {
+        Reset();
+        for (auto const& [path, text] : before) { Write(path, text); }
+        Outcome const outcome = Run(query);
+        EXPECT_EQ(outcome.codes, codes) << query.substr(0, 99);
+        EXPECT_TRUE(outcome.raw.starts_with("Content-Type: application/json; charset=utf-8\r\n\r\n{")) << outcome.raw;
+        EXPECT_EQ(outcome.raw.rfind('\r'), sizeof "Content-Type: application/json; charset=utf-8\r\n" - 1) << outcome.raw;
+    }
+    for (std::string const& link : {std::string(kOneShot), kOneShot + std::string(".tmp")}) {
+        Reset();
+        Write("/target", "[]");
+        std::filesystem::permissions(PathOf("/target"), std::filesystem::perms::owner_read);
+        std::filesystem::create_symlink(PathOf("/target"), PathOf(link));
+        bool const isStore = link == kOneShot;
+        EXPECT_EQ(Run(create + "0").codes, isStore ? std::vector<int>{} : std::vector{403});
+        EXPECT_EQ(Read("/target"), "[]");
+        EXPECT_EQ(std::filesystem::is_regular_file(std::filesystem::symlink_status(PathOf(kOneShot))), isStore);
+        EXPECT_EQ(std::filesystem::status(PathOf(kOneShot)).permissions() == std::filesystem::perms::owner_read, isStore);
+    }
 }
 
 } // namespace
