@@ -1,6 +1,6 @@
 /// @file The names of the members of stored and listed schedules, each in one place. They are part
-/// of the file formats. Each source file has its own, not one `inline` for all: tables that copy them
-/// at the start of the program need them made before, and not every compiler sees to that.
+/// of the file formats. Each source file has its own, not one `inline` for all: tables that copy
+/// them at the start of the program need them made before, and not every compiler sees to that.
 #pragma once
 
 #include <json/value.h>
