@@ -28,7 +28,7 @@ namespace {
 using SaveFaultsTest = Appliance;
 
 constexpr mode_t kMode = 0640; // no file has it by itself
-constexpr rlim_t kRoom = 1 << 28; // fgetgrent(3) takes ever more memory if it cannot seek
+constexpr rlim_t kRoom = 1 << 28; // no fault may make it take ever more memory
 std::set<std::uint64_t> const kSafe = {SYS_exit_group, SYS_brk, SYS_close}; // a close that fails has closed all the same
 constexpr char const* kStores[] = {kOneShot, kRepeat, kUserDefine};
 
@@ -83,7 +83,7 @@ Traced Trace(std::string const& query, int nth = 0, int error = 0, std::function
 TEST_F(SaveFaultsTest, LeavesWholeDocumentsAtEverySystemCall)
 {
     if (WEXITSTATUS(Trace("").status) != EXIT_SUCCESS) { GTEST_SKIP() << "no process may be traced here"; }
-    Zone const zone("UTC"); // 2000001600 is Wednesday 2033-05-18 04:00, 2000005200 an hour later
+    SetZone("UTC"); // 2000001600 is Wednesday 2033-05-18 04:00, 2000005200 an hour later
     std::string const user = R"({"start_time":2000001600,"event_name":"E","text_name":"T","duration":1800,"input_duration":"00:30",
         "input_start_time":"04:00","input_start_date":"2033-05-18","tuner":0,"channel_name":"C","channel_id":"7@474","is_repeat":false,
         "isweekly":true,"weekdaystatus":"0,0,0,0,0,0,0","end_date":"1"})";
@@ -99,7 +99,7 @@ TEST_F(SaveFaultsTest, LeavesWholeDocumentsAtEverySystemCall)
         {"edit_userdefine", "&orig_start_date=2033-05-18&orig_start_time=04:00" + plan, kOneShot, {}},
     };
     int faults = 0;
-    std::filesystem::path const etc = PathOf(kEtc).substr(0, PathOf(kEtc).size() - 1), memory = "/dev/shm/save_faults." + std::to_string(::getpid());
+    std::filesystem::path const etc = PathOf("/var/packages/Tremolane/etc"), memory = "/dev/shm/save_faults." + std::to_string(::getpid());
     std::filesystem::copy(etc, memory, std::filesystem::copy_options::recursive); // disks take long over every rename
     std::filesystem::remove_all(etc);
     std::filesystem::create_directory_symlink(memory, etc);
@@ -144,7 +144,7 @@ TEST_F(SaveFaultsTest, LeavesWholeDocumentsAtEverySystemCall)
 
 TEST_F(SaveFaultsTest, KeepsTheOldFileOnAFullAndOnAReadOnlyDisk)
 {
-    std::string const folder = PathOf(std::string(kEtc) + "dtvschedules"), create = "method=create&tuner=0&id=5&start_time=2000001600";
+    std::string const folder = PathOf("/var/packages/Tremolane/etc/dtvschedules"), create = "method=create&tuner=0&id=5&start_time=2000001600";
     if (::unshare(CLONE_NEWNS) != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
         ::mount("none", folder.c_str(), "tmpfs", 0, "size=8k") != 0) {
         GTEST_SKIP() << "no disk may be mounted here";

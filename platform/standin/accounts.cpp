@@ -3,6 +3,7 @@
 
 #include "kald/user.h"
 #include "platform/appliance_paths.h"
+#include "platform/standin/files.h"
 
 #include <grp.h>
 #include <pwd.h>
@@ -16,19 +17,34 @@ namespace standin {
 
 namespace {
 
-struct CloseFile {
-    void operator()(FILE* file) const { std::fclose(file); }
+/// A file read into memory and as a stream. The C library goes back in such a stream for every
+/// entry; on the disk that is a system call each, and one that fails drives it out of its bounds.
+class TextStream {
+public:
+    explicit TextStream(char const* path)
+    {
+        UniqueFd const fd = OpenRegularFile(path);
+        if (fd && ReadToEnd(fd.Get(), m_text) && !m_text.empty()) {
+            m_stream.reset(::fmemopen(m_text.data(), m_text.size(), "r"));
+        }
+    }
+
+    /// Null if the file cannot be read or is empty.
+    FILE* Get() const { return m_stream.get(); }
+
+private:
+    struct Close {
+        void operator()(FILE* stream) const { std::fclose(stream); }
+    };
+    std::string m_text;
+    std::unique_ptr<FILE, Close> m_stream;
 };
-using File = std::unique_ptr<FILE, CloseFile>;
 
 /// The account's entry, in the C library's static storage, or null.
 passwd const* FindAccount(char const* name)
 {
-    File const file(std::fopen(appliance::kPasswordFile, "re"));
-    if (!file) {
-        return nullptr;
-    }
-    while (passwd const* entry = ::fgetpwent(file.get())) {
+    TextStream const file(appliance::kPasswordFile);
+    while (passwd const* entry = file.Get() != nullptr ? ::fgetpwent(file.Get()) : nullptr) {
         if (std::strcmp(entry->pw_name, name) == 0) {
             return entry;
         }
@@ -56,11 +72,8 @@ bool IsLocked(std::string const& name)
 
 bool IsMember(std::string const& name, char const* group)
 {
-    File const file(std::fopen(appliance::kGroupFile, "re"));
-    if (!file) {
-        return false;
-    }
-    while (::group const* entry = ::fgetgrent(file.get())) {
+    TextStream const file(appliance::kGroupFile);
+    while (::group const* entry = file.Get() != nullptr ? ::fgetgrent(file.Get()) : nullptr) {
         if (std::strcmp(entry->gr_name, group) == 0 && Lists(*entry, name)) {
             return true;
         }

@@ -15,6 +15,7 @@ namespace standin {
 namespace {
 
 constexpr mode_t kNewFileMode = 0644;
+constexpr mode_t kTemporaryMode = 0600; ///< until it has the mode of the file that it replaces
 constexpr mode_t kPermissionBits = 0777;
 
 bool IsSameFile(int fd, char const* path)
@@ -31,8 +32,8 @@ bool IsSameFile(int fd, char const* path)
 UniqueFd OpenTemporary(std::string const& path)
 {
     while (true) {
-        UniqueFd fd(
-            ::open(path.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, kNewFileMode));
+        UniqueFd fd(::open(path.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC,
+                           kTemporaryMode));
         if (!fd || ::flock(fd.Get(), LOCK_EX) != 0) {
             return UniqueFd();
         }
