@@ -3,6 +3,7 @@
 
 #include <json/writer.h>
 
+#include <array>
 #include <cstdint>
 #include <cstdio>
 #include <string_view>
@@ -72,18 +73,22 @@ void AppendEscape(std::string& out, std::uint32_t value)
     }
 }
 
-bool IsPlain(char c)
-{
-    auto const byte = static_cast<unsigned char>(c);
-    return byte >= 0x20 && byte < 0x80 && byte != '"' && byte != '\\';
-}
+/// Which bytes stand for themselves in a JSON text: a look into a table is all that most of a long
+/// answer costs.
+constexpr std::array<bool, 256> kIsPlain = [] {
+    std::array<bool, 256> plain{};
+    for (std::size_t byte = 0x20; byte < 0x80; ++byte) {
+        plain[byte] = byte != '"' && byte != '\\';
+    }
+    return plain;
+}();
 
 void AppendText(std::string& out, char const* begin, char const* end)
 {
     out += '"';
     while (begin != end) {
         char const* const run = begin;
-        while (begin != end && IsPlain(*begin)) {
+        while (begin != end && kIsPlain[static_cast<unsigned char>(*begin)]) {
             ++begin;
         }
         out.append(run, begin);

@@ -10,7 +10,6 @@
 #include "tremolane/recording_service.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <string>
@@ -29,6 +28,7 @@ Json::StaticString const kIsUserDefine{"is_userdefine"};
 Json::StaticString const kWeekday{"weekday"};
 
 constexpr int kWholeList = -1;
+constexpr std::size_t kPrimeIdLength = 127; ///< a longer one is cut
 
 constexpr int kRawRepeat = 19;
 constexpr int kRawRepeatOther = 20;
@@ -91,9 +91,9 @@ struct StartTimeOrder {
 
 void WriteNode(ScheduleNode& node, Json::Value& element)
 {
-    char primeId[128];
-    std::snprintf(primeId, sizeof primeId, "%d.%s.%d", node.start_time, node.id.asCString(),
-                  node.status);
+    std::string primeId = std::to_string(node.start_time) + '.' + node.id.asString() + '.' +
+                          std::to_string(node.status);
+    primeId.resize(std::min(primeId.size(), kPrimeIdLength));
     element[member::kStartTime] = node.start_time;
     element[member::kChannelName].swap(node.channel_name);
     element[member::kDescription].swap(node.description);
@@ -101,7 +101,7 @@ void WriteNode(ScheduleNode& node, Json::Value& element)
     element[member::kId].swap(node.id);
     element[member::kStatus] = node.status;
     element[member::kTitle].swap(node.title);
-    element[kPrimeId] = primeId;
+    element[kPrimeId] = std::move(primeId);
 }
 
 /// Whether a user-defined record of the schedule's start and tuner makes it a user-defined one: a
@@ -230,8 +230,7 @@ void ScheduleRecordingAPI::FillStartText(Json::Value& page)
             continue;
         }
         char text[64];
-        std::snprintf(text, sizeof text, "%d/%02d/%02d %02d:%02d", local.tm_year + 1900,
-                      local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min);
+        std::strftime(text, sizeof text, "%Y/%m/%d %H:%M", &local); // a 32-bit year has four digits
         schedule[kStart] = text;
         schedule[kWeekday] = local.tm_wday;
     }
