@@ -9,6 +9,9 @@
 #include <json/value.h>
 #include <json/writer.h>
 
+#include <climits>
+#include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <map>
 #include <string>
@@ -36,14 +39,15 @@ struct Outcome {
 /// their JSON has ' in the place of ".
 using Files = std::map<std::string, std::string>;
 
+// A declaration a line.
+// clang-format off
+
 /// A row of a table: given these files and this request, this answer and these files afterwards. A
 /// file of the appliance that a row does not name must not have changed.
 struct Row {
-    // A setter a line.
-    // clang-format off
     /// The codes are all that are recorded, in order; the first must be the answered one.
-    template <class... Codes> Row(char const* about, std::string request, Codes... recorded)
-        : name(about), query(std::move(request)), codes{recorded...} {}
+    template <class... Codes> Row(std::string about, std::string request, Codes... recorded)
+        : name(std::move(about)), query(std::move(request)), codes{recorded...} {}
     Row& As(std::string login) { user = std::move(login); return *this; }
     Row& Given(Files files) { before = std::move(files); return *this; } ///< beside the table's
     /// Files, compared as JSON, and the commands that reached the daemon, each followed by a ";".
@@ -51,12 +55,11 @@ struct Row {
     Row& Answers(std::string json) { data = std::move(json); return *this; }
     Row& Logs(std::string line) { log = std::move(line); return *this; } ///< the only one
     Row& FailsAfter(int count) { commandsBeforeFailure = count; return *this; } ///< commands that reach the daemon
-    // clang-format on
 
     std::string name, query, user = "admin", data, commands, log;
     std::vector<int> codes;
     Files before, after;
-    int commandsBeforeFailure = -1;
+    int commandsBeforeFailure = INT_MAX;
 };
 
 /// Rows that each make one replacement in a good request, and are refused with these codes.
@@ -66,21 +69,17 @@ std::vector<Row> Variants(std::string const& query, std::vector<int> const& code
 /// A tree with an administrator (admin, uid 1024), a user with the privilege dtv (viewer, 1026),
 /// one without (guest, 1027), a locked account (locked, 1028), an administrator without a uid
 /// (nouid), one without an account (ghost), a recording folder and a running daemon.
-class Appliance : public ::testing::Test {
-protected:
+struct Appliance : ::testing::Test {
     /// A fresh tree, in the time zone in which the program was started.
     void SetUp() override;
 
     static void Reset();
-    static void SetZone(std::string const& name); ///< the local time zone, until the test ends
+    static void SetZone(std::string const& name) { ::setenv("TZ", name.c_str(), 1); ::tzset(); } ///< for a test
 
     /// Runs the whole endpoint, or a host class of the test's own, for a request.
-    template <class Api = ScheduleRecordingAPI>
-    static Outcome Run(Request const& request)
+    template <class Api = ScheduleRecordingAPI> static Outcome Run(Request const& request)
     {
-        struct Probe : Api {
-            using Api::m_errors;
-        } api;
+        struct Probe : Api { using Api::m_errors; } api;
         return RunAs(request, api, api.m_errors);
     }
     static Outcome Run(std::string const& query) { return Run(Request{.query = query}); }
@@ -88,7 +87,6 @@ protected:
     /// Runs each row in a fresh tree with the files of `base`, at the time `now` if it is not 0.
     static void Check(Files const& base, std::vector<Row> const& rows, int now = 0);
 
-public:
     /// Writing makes the folders that are missing; a missing file reads as empty.
     static void Write(std::string const& path, std::string const& text);
     static void Lay(Files const& files);
@@ -98,7 +96,6 @@ public:
 
 private:
     static Outcome RunAs(Request const& request, KALD::WebAPI& api, Json::Value const& errors);
-    static void CheckRow(Files const& base, Row const& row, int now);
 };
 
 /// Parses JSON, also with ' in the place of "; null if it is none.
@@ -114,14 +111,11 @@ std::string List(std::vector<std::string> const& elements);
 template <class In, class Out, class Function>
 void ExpectEach(Function const& function, std::vector<std::pair<In, Out>> const& table)
 {
-    for (auto const& [in, out] : table) {
-        EXPECT_EQ(function(in), out) << in;
-    }
+    for (auto const& [in, out] : table) { EXPECT_EQ(function(in), out) << in; }
 }
 
 inline constexpr char kOneShot[] = "/var/packages/Tremolane/etc/dtvschedules/0dtv_schedule.json";
-inline constexpr char kRepeat[] =
-    "/var/packages/Tremolane/etc/dtvrepeatschedules/0dtv_repeat_schedule.json";
+inline constexpr char kRepeat[] = "/var/packages/Tremolane/etc/dtvrepeatschedules/0dtv_repeat_schedule.json";
 inline constexpr char kUserDefine[] = "/var/packages/Tremolane/etc/dtvuserdefineschedules.json";
 inline constexpr char kUsers[] = "/var/packages/Tremolane/etc/users.conf";
 inline constexpr char kFolders[] = "/var/packages/Tremolane/etc/folder.conf";
