@@ -27,15 +27,19 @@ void Reset()
     ids.reset();
 }
 
-static int Change(char const* kind, id_t real, id_t effective, id_t saved, id_t& id)
+static int Change(id_t Ids::*id, id_t real, id_t effective, id_t saved)
 {
-    bool const effectiveAlone = real == ~id_t{0} && saved == ~id_t{0};
-    ids->calls += (effectiveAlone ? "" : "!") + (kind + std::to_string(effective)) + ' ';
-    if (++ids->changes == ids->failing) {
-        return -1;
+    bool const isUid = id == &Ids::uid;
+    if (!ids) {
+        long const call = isUid ? SYS_setresuid : SYS_setresgid;
+        return static_cast<int>(syscall(call, real, effective, saved));
     }
-    id = effective;
-    return 0;
+    bool const effectiveAlone = real == ~id_t{0} && saved == ~id_t{0};
+    ids->calls +=
+        (effectiveAlone ? "" : "!") + ((isUid ? 'u' : 'g') + std::to_string(effective) + ' ');
+    bool const fails = --ids->failing == 0;
+    (*ids).*id = fails ? (*ids).*id : effective;
+    return fails ? -1 : 0;
 }
 
 static void Record(int priority, char const* format, va_list arguments)
@@ -43,6 +47,9 @@ static void Record(int priority, char const* format, va_list arguments)
     char text[1024];
     std::vsnprintf(text, sizeof text, format, arguments);
     logged.push_back({priority, text});
+    if (ids) {
+        ids->calls += std::to_string(priority) + ' ' + text;
+    }
 }
 
 } // namespace seams
@@ -92,26 +99,12 @@ int open(char const* path, int flags, ...)
     return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
 }
 
-uid_t geteuid() noexcept
-{
-    return seams::ids ? seams::ids->uid : static_cast<uid_t>(syscall(SYS_geteuid));
-}
-
-gid_t getegid() noexcept
-{
-    return seams::ids ? seams::ids->gid : static_cast<gid_t>(syscall(SYS_getegid));
-}
-
-int setresuid(uid_t real, uid_t effective, uid_t saved) noexcept
-{
-    return seams::ids ? seams::Change("u", real, effective, saved, seams::ids->uid)
-                      : static_cast<int>(syscall(SYS_setresuid, real, effective, saved));
-}
-
-int setresgid(gid_t real, gid_t effective, gid_t saved) noexcept
-{
-    return seams::ids ? seams::Change("g", real, effective, saved, seams::ids->gid)
-                      : static_cast<int>(syscall(SYS_setresgid, real, effective, saved));
-}
+// A call a line.
+// clang-format off
+using namespace seams;
+uid_t geteuid() noexcept { return ids ? ids->uid : static_cast<uid_t>(syscall(SYS_geteuid)); }
+gid_t getegid() noexcept { return ids ? ids->gid : static_cast<gid_t>(syscall(SYS_getegid)); }
+int setresuid(uid_t real, uid_t effective, uid_t saved) noexcept { return Change(&Ids::uid, real, effective, saved); }
+int setresgid(gid_t real, gid_t effective, gid_t saved) noexcept { return Change(&Ids::gid, real, effective, saved); }
 
 } // extern "C"

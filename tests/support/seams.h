@@ -32,8 +32,8 @@ struct Ids {
     uid_t uid;
     gid_t gid;
     int failing = 0;        ///< which change fails, from 1 on; 0: none
-    int changes = 0;        ///< how many were asked for
-    std::string calls = {}; ///< "u0 ", "g0 ": a uid, a gid; "!" before it: not the effective alone
+    std::string calls = {}; ///< "u0 ", "g0 ": a uid, a gid; "!" before it: not the effective alone.
+                            ///< Between them stands what was logged, after its priority.
 };
 
 /// The ids that the calls see and change; none: the real ones.
