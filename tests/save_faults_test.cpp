@@ -1,5 +1,5 @@
-/// @file What is stored when a save meets a fault: the program is killed at each of its system calls,
-/// or each of them fails; the disk is full, or read-only.
+/// @file What is stored when a save meets a fault: the program is killed at each of its system
+/// calls, or each of them fails; the disk is full, or read-only.
 #include "tests/support/appliance.h"
 
 #include <sched.h>
