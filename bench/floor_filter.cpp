@@ -1,17 +1,15 @@
 /// @file The floor below `delete_repeat`: reads the repeat file, leaves out the records of one
 /// start and saves it as durably, with jsoncpp and nothing else. The argument is that start.
+#include "bench/load_document.h"
 #include "platform/appliance_paths.h"
 #include "platform/record_members.h"
 
 #include <fcntl.h>
-#include <json/reader.h>
 #include <json/writer.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <memory>
 #include <string>
 
 int main(int /*count*/, char** arguments)
@@ -19,14 +17,7 @@ int main(int /*count*/, char** arguments)
     using namespace appliance;
     int const start = std::atoi(arguments[1]);
     std::string const path = RepeatFile(0);
-    std::string text;
-    std::ifstream file(path);
-    std::getline(file, text, '\0'); // one call of the library for the whole file
-    Json::CharReaderBuilder readerBuilder;
-    readerBuilder["collectComments"] = false;
-    std::unique_ptr<Json::CharReader> const reader(readerBuilder.newCharReader());
-    Json::Value records;
-    reader->parse(text.data(), text.data() + text.size(), &records, nullptr);
+    Json::Value records = LoadDocument(path);
     Json::Value kept(Json::arrayValue);
     for (Json::Value& record : records) {
         if (record[member::kStartTime].asInt() != start) {

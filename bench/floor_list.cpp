@@ -1,33 +1,18 @@
 /// @file The floor below `list`: reads the same three files and writes an answer of the same
 /// members and size with jsoncpp, and does nothing else: no sort, no look-up, no check, no
 /// calendar.
+#include "bench/load_document.h"
 #include "platform/appliance_paths.h"
 #include "platform/record_members.h"
 
-#include <json/reader.h>
 #include <json/writer.h>
 
 #include <cstdio>
-#include <fstream>
-#include <memory>
 #include <string>
 
 namespace {
 
 using namespace appliance;
-
-Json::Value Load(std::string const& path)
-{
-    std::string text;
-    std::ifstream file(path);
-    std::getline(file, text, '\0'); // one call of the library for the whole file
-    Json::CharReaderBuilder builder;
-    builder["collectComments"] = false;
-    std::unique_ptr<Json::CharReader> const reader(builder.newCharReader());
-    Json::Value document;
-    reader->parse(text.data(), text.data() + text.size(), &document, nullptr);
-    return document;
-}
 
 void Append(Json::Value& schedules, Json::Value& record)
 {
@@ -50,9 +35,9 @@ void Append(Json::Value& schedules, Json::Value& record)
 
 int main()
 {
-    Json::Value const userDefines = Load(kUserDefineFile);
-    Json::Value oneShots = Load(OneShotFile(0));
-    Json::Value repeats = Load(RepeatFile(0));
+    Json::Value const userDefines = LoadDocument(kUserDefineFile);
+    Json::Value oneShots = LoadDocument(OneShotFile(0));
+    Json::Value repeats = LoadDocument(RepeatFile(0));
     Json::Value answer(Json::objectValue);
     Json::Value& schedules = answer["data"]["schedules"];
     for (Json::Value& record : oneShots) {
