@@ -44,28 +44,6 @@ TEST_F(ListTest, OrdersAndPages)
     }
 }
 
-TEST_F(ListTest, ShowsElements)
-{
-    SetZone("Europe/Berlin");
-    std::string const longId(200, '7'); // for which the primeid has no room
-    char const none[] = "'duration':0,'channel_name':'','title':'','description':'','status':0,'is_userdefine':false";
-    std::string const details = "'duration':9,'channel_name':'C','title':'T','description':'D'";
-    Check({}, {Row("every member", "method=list").Given(
-        {{kOneShot, "[{'start_time':1752000001,'service_id':'5','frequency':6,'status':4," + details + "},"
-                    "{'frequency':'6','service_id':'" + longId + "'}]"},
-         {kRepeat, "[{'start_time':1735686300,'id':8,'frequency':474,'status':20,'uid':'1'," + details + "},"
-                   "{'start_time':1752000000,'id':9,'frequency':'474'}]"}})
-        .Answers("{'start':0,'total':4,'schedules':["
-            "{'start_time':0,'start':'1970/01/01 01:00','weekday':4,'id':'" + longId + "',"
-            "'primeid':'0." + longId.substr(75) + "'," + none + "},"
-            "{'start_time':1735686300,'start':'2025/01/01 00:05','weekday':3,'id':'8@474',"
-            "'primeid':'1735686300.8@474.20','status':13,'is_userdefine':false," + details + "},"
-            "{'start_time':1752000000,'start':'2025/07/08 20:40','weekday':2,'id':'9',"
-            "'primeid':'1752000000.9.0'," + none + "},"
-            "{'start_time':1752000001,'start':'2025/07/08 20:40','weekday':2,'id':'5@6',"
-            "'primeid':'1752000001.5@6.4','status':1,'is_userdefine':false," + details + "}]}")});
-}
-
 /// The merge is only seen whole from inside: this recording service lists no members of its own.
 struct Merge : ScheduleRecordingAPI { using ScheduleRecordingAPI::MergeSchedules; };
 

@@ -11,7 +11,8 @@
 
 namespace {
 
-std::vector<std::string> const kTables = {"create", "delete", "repeat", "userdefine"};
+std::vector<std::string> const kTables = {"access", "create",     "delete",    "list",
+                                          "repeat", "unreadable", "userdefine"};
 
 /// Ends the reading of a table, whose test says where.
 void Require(bool condition, std::string const& otherwise)
