@@ -101,7 +101,7 @@ void WriteNode(ScheduleNode& node, Json::Value& element)
     element[member::kId].swap(node.id);
     element[member::kStatus] = node.status;
     element[member::kTitle].swap(node.title);
-    element[kPrimeId] = std::move(primeId);
+    element[kPrimeId] = primeId;
 }
 
 /// Whether a user-defined record of the schedule's start and tuner makes it a user-defined one: a

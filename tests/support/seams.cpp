@@ -45,6 +45,7 @@ static int Change(id_t Ids::*id, id_t real, id_t effective, id_t saved)
 static void Record(int priority, char const* format, va_list arguments)
 {
     char text[1024];
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): both callers have started it
     std::vsnprintf(text, sizeof text, format, arguments);
     logged.push_back({priority, text});
     if (ids) {
