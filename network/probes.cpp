@@ -24,9 +24,11 @@ constexpr int kDdnsLine = 95;
 constexpr int kRelayLine = 185;
 
 // A query that failed is remembered too: it is not cheap, and would fail again.
+// NOLINTBEGIN(readability-identifier-naming): the prefix says that they live as long as the process
 std::string s_relayName;
 bool s_relayAsked = false;
 bool s_relayFound = false;
+// NOLINTEND(readability-identifier-naming)
 
 struct ClosePipe {
     void operator()(FILE* stream) const { KDLIBCPclose(stream); }

@@ -82,6 +82,7 @@ bool GetSchedule(Json::Value& out, int tuner)
     return true;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the appliance's library takes them by value
 bool AddSchedule(Json::Value& out, int tuner, std::string id, std::string start, char const* uid)
 {
     auto const key = standin::ParseKey(id, start);
