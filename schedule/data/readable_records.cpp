@@ -4,6 +4,7 @@
 #include "platform/appliance_paths.h"
 #include "platform/record_members.h"
 #include "schedule/data/schedule_file.h"
+#include "tremolane/recording_service.h"
 
 namespace {
 
@@ -58,6 +59,16 @@ void RequireReadable(Json::Value const& record, ReadMember const (&members)[size
 void RequireReadableUserDefine(Json::Value const& record)
 {
     RequireReadable(record, kUserDefineMembers);
+}
+
+bool RequireReadableUserDefine(int start, int tuner)
+{
+    Json::Value record;
+    bool const isStored = KALDTremolane::ReadUserDefineFromFile(record, start, tuner) >= 0;
+    if (isStored) {
+        RequireReadableUserDefine(record);
+    }
+    return isStored;
 }
 
 void RequireReadableOneShots(Json::Value const& records)

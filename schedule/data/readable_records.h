@@ -8,6 +8,9 @@
 /// a restore of its schedule reads has a type that they can read.
 void RequireReadableUserDefine(Json::Value const& record);
 
+/// The same for the stored record of that start and tuner; false if there is none.
+bool RequireReadableUserDefine(int start, int tuner);
+
 /// The same for the members by which the recording service finds a record of a one-shot or of a
 /// repeat file. `records` is an array or null.
 void RequireReadableOneShots(Json::Value const& records);

@@ -57,12 +57,8 @@ bool ScheduleRecordingAPI::StoreSchedules(int tuner, std::string const& ids,
     Json::Value const idPieces = KALD::WebAPIUtil::ParseToArray(ids.c_str(), ",");
     Json::Value const startPieces = KALD::WebAPIUtil::ParseToArray(starts.c_str(), ",");
     RequireReadableSchedules(tuner);
-    for (Json::Value const& start : startPieces) {
-        Json::Value record;
-        if (KALDTremolane::ReadUserDefineFromFile(record, LeadingInt(start.asCString()), tuner) >=
-            0) {
-            RequireReadableUserDefine(record); // its texts become those of the stored schedule
-        }
+    for (Json::Value const& start : startPieces) { // a record's texts become those of its schedule
+        RequireReadableUserDefine(LeadingInt(start.asCString()), tuner);
     }
     Json::Value out;
     int code = kErrorFailed; // of the last position that failed with an errno

@@ -33,11 +33,7 @@ void RequireReadable(std::vector<int> const& starts, int tuner)
 {
     bool namesAny = false;
     for (int const start : starts) {
-        Json::Value record;
-        if (KALDTremolane::ReadUserDefineFromFile(record, start, tuner) >= 0) {
-            RequireReadableUserDefine(record);
-            namesAny = true;
-        }
+        namesAny = RequireReadableUserDefine(start, tuner) || namesAny;
     }
     if (namesAny) {
         RequireReadableSchedules(tuner);
