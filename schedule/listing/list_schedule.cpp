@@ -68,16 +68,31 @@ Json::Value TextOf(Json::Value& value)
     return value.isString() ? std::move(value) : Json::Value(value.asString());
 }
 
+/// The members of a record that make a node. A node is taken from them and another one is written
+/// to them without a second look-up.
 template <class Record>
-ScheduleNode MakeNode(Record& record, Json::Value id)
+struct NodeMembers {
+    Record &start_time, &channel_name, &description, &duration, &id, &status, &title;
+};
+
+template <class Record>
+NodeMembers<Record> NodeMembersOf(Record& record)
 {
-    return {record[member::kStartTime].asInt(),
-            TextOf(record[member::kChannelName]),
-            TextOf(record[member::kDescription]),
-            record[member::kDuration].asInt(),
+    return {record[member::kStartTime], record[member::kChannelName], record[member::kDescription],
+            record[member::kDuration],  record[member::kId],          record[member::kStatus],
+            record[member::kTitle]};
+}
+
+template <class Record>
+ScheduleNode MakeNode(NodeMembers<Record> const& from, Json::Value id)
+{
+    return {from.start_time.asInt(),
+            TextOf(from.channel_name),
+            TextOf(from.description),
+            from.duration.asInt(),
             std::move(id),
-            record[member::kStatus].asInt(),
-            TextOf(record[member::kTitle])};
+            from.status.asInt(),
+            TextOf(from.title)};
 }
 
 /// The order of a list: by start time; of equal ones that first which stands later in its array.
@@ -89,18 +104,18 @@ struct StartTimeOrder {
     }
 };
 
-void WriteNode(ScheduleNode& node, Json::Value& element)
+void WriteNode(ScheduleNode& node, NodeMembers<Json::Value> const& to, Json::Value& element)
 {
     std::string primeId = std::to_string(node.start_time) + '.' + node.id.asString() + '.' +
                           std::to_string(node.status);
     primeId.resize(std::min(primeId.size(), kPrimeIdLength));
-    element[member::kStartTime] = node.start_time;
-    element[member::kChannelName].swap(node.channel_name);
-    element[member::kDescription].swap(node.description);
-    element[member::kDuration] = node.duration;
-    element[member::kId].swap(node.id);
-    element[member::kStatus] = node.status;
-    element[member::kTitle].swap(node.title);
+    to.start_time = node.start_time;
+    to.channel_name.swap(node.channel_name);
+    to.description.swap(node.description);
+    to.duration = node.duration;
+    to.id.swap(node.id);
+    to.status = node.status;
+    to.title.swap(node.title);
     element[kPrimeId] = primeId;
 }
 
@@ -173,26 +188,29 @@ void ScheduleRecordingAPI::FillPage(Json::Value& response)
 void ScheduleRecordingAPI::MergeSchedules(Json::Value& view, Json::Value& repeat)
 {
     Json::Value& schedules = view[kSchedules];
+    std::size_t const total = schedules.size() + repeat.size();
     std::vector<ScheduleNode> nodes;
-    nodes.reserve(schedules.size() + repeat.size());
+    std::vector<NodeMembers<Json::Value>> places;
+    nodes.reserve(total);
+    places.reserve(total);
     for (Json::Value& record : schedules) {
-        nodes.push_back(MakeNode(record, TextOf(record[member::kId])));
+        places.push_back(NodeMembersOf(record));
+        nodes.push_back(MakeNode(places.back(), TextOf(places.back().id)));
     }
     for (Json::Value const& record : std::as_const(repeat)) {
-        nodes.push_back(MakeNode(record, RenderUniqueId(record)));
+        nodes.push_back(MakeNode(NodeMembersOf(record), RenderUniqueId(record)));
+        places.push_back(NodeMembersOf(schedules.append(Json::Value(Json::objectValue))));
     }
     std::vector<ScheduleNode*> order;
-    order.reserve(nodes.size());
+    order.reserve(total);
     for (ScheduleNode& node : nodes) {
         order.push_back(&node);
     }
     std::sort(order.begin(), order.end(), StartTimeOrder());
-    while (schedules.size() < nodes.size()) {
-        schedules.append(Json::Value(Json::objectValue));
-    }
     auto node = order.cbegin();
+    auto place = places.cbegin();
     for (Json::Value& element : schedules) {
-        WriteNode(**node++, element);
+        WriteNode(**node++, *place++, element);
     }
 }
 
