@@ -2,6 +2,10 @@
 #include "platform/standin/answer.h"
 
 #include "platform/standin/ascii_json.h"
+#include "platform/standin/block_writer.h"
+#include "platform/standin/files.h"
+
+#include <string>
 
 namespace standin {
 
@@ -11,7 +15,7 @@ constexpr char kHeaders[] = "Content-Type: application/json; charset=utf-8\r\n\r
 
 } // namespace
 
-std::string RenderAnswer(Json::Value const& errors, Json::Value& response)
+bool SendAnswer(int fd, Json::Value const& errors, Json::Value& response)
 {
     // Never destroyed: the process ends with the request, and to take the document of 11,000
     // schedules apart would cost an eighth of it.
@@ -24,16 +28,19 @@ std::string RenderAnswer(Json::Value const& errors, Json::Value& response)
     if (!response.isNull()) {
         answer["data"].swap(response);
     }
-    std::string text = kHeaders;
-    AppendAsciiJson(text, answer);
-    text += '\n';
-    return text;
+    BlockWriter out(fd);
+    out.Put(kHeaders);
+    WriteAsciiJson(out, answer);
+    out.Put('\n');
+    return out.Finish();
 }
 
-std::string RenderFailure(int code)
+bool SendFailure(int fd, int code)
 {
-    return std::string(kHeaders) + "{\"error\":{\"code\":" + std::to_string(code) +
-           "},\"success\":false}\n";
+    std::string const text = std::string(kHeaders) +
+                             "{\"error\":{\"code\":" + std::to_string(code) +
+                             "},\"success\":false}\n";
+    return WriteAll(fd, text);
 }
 
 } // namespace standin

@@ -3,16 +3,15 @@
 
 #include <json/value.h>
 
-#include <string>
-
 namespace standin {
 
-/// Headers and body: an object of `success`, the first of the recorded `errors` (an array or null)
-/// and the `response` (moved out; null for none), as JSON in ASCII; broken
-/// UTF-8 shows as U+FFFD.
-std::string RenderAnswer(Json::Value const& errors, Json::Value& response);
+/// Writes headers and body: an object of `success`, the first of the recorded `errors` (an array or
+/// null) and the `response` (moved out; null for none), as JSON in ASCII; broken UTF-8 shows as
+/// U+FFFD. False with errno set if not all of it was written. What it throws, it throws before it
+/// writes.
+bool SendAnswer(int fd, Json::Value const& errors, Json::Value& response);
 
-/// The answer of a request that failed and has no data; takes hardly any memory.
-std::string RenderFailure(int code);
+/// Writes the answer of a request that failed and has no data; takes hardly any memory.
+bool SendFailure(int fd, int code);
 
 } // namespace standin

@@ -1,11 +1,10 @@
 /// @file A writer that walks a document once.
 #include "platform/standin/ascii_json.h"
 
-#include <json/writer.h>
-
 #include <array>
+#include <charconv>
 #include <cstdint>
-#include <cstdio>
+#include <iterator>
 #include <string_view>
 
 namespace standin {
@@ -53,24 +52,38 @@ CodePoint DecodeWide(std::string_view text)
     return {kReplacement, 1};
 }
 
-void AppendUnit(std::string& out, std::uint32_t unit)
+void WriteUnit(BlockWriter& out, std::uint32_t unit)
 {
-    char text[8];
-    std::snprintf(text, sizeof text, "\\u%04x", unit & 0xFFFFU);
-    out += text;
+    constexpr char kDigits[] = "0123456789abcdef";
+    char const text[] = {'\\',
+                         'u',
+                         kDigits[unit >> 12 & 0xF],
+                         kDigits[unit >> 8 & 0xF],
+                         kDigits[unit >> 4 & 0xF],
+                         kDigits[unit & 0xF]};
+    out.Put({text, sizeof text});
 }
 
-void AppendEscape(std::string& out, std::uint32_t value)
+void WriteEscape(BlockWriter& out, std::uint32_t value)
 {
     if (value == '"' || value == '\\') {
-        out += '\\';
-        out += static_cast<char>(value);
+        out.Put('\\');
+        out.Put(static_cast<char>(value));
     } else if (value < 0x10000) {
-        AppendUnit(out, value);
+        WriteUnit(out, value);
     } else { // a pair of surrogates
-        AppendUnit(out, 0xD800 + ((value - 0x10000) >> 10));
-        AppendUnit(out, 0xDC00 + ((value - 0x10000) & 0x3FF));
+        WriteUnit(out, 0xD800 + ((value - 0x10000) >> 10));
+        WriteUnit(out, 0xDC00 + ((value - 0x10000) & 0x3FF));
     }
+}
+
+/// The shortest digits that are read as this number again.
+template <class Number>
+void WriteNumber(BlockWriter& out, Number value)
+{
+    char text[32];
+    char const* const end = std::to_chars(std::begin(text), std::end(text), value).ptr;
+    out.Put({text, end});
 }
 
 /// Which bytes stand for themselves in a JSON text: a look into a table is all that most of a long
@@ -83,85 +96,85 @@ constexpr std::array<bool, 256> kIsPlain = [] {
     return plain;
 }();
 
-void AppendText(std::string& out, char const* begin, char const* end)
+void WriteText(BlockWriter& out, char const* begin, char const* end)
 {
-    out += '"';
+    out.Put('"');
     while (begin != end) {
         char const* const run = begin;
         while (begin != end && kIsPlain[static_cast<unsigned char>(*begin)]) {
             ++begin;
         }
-        out.append(run, begin);
+        out.Put({run, begin});
         if (begin != end) {
             std::string_view const rest(begin, static_cast<std::size_t>(end - begin));
             bool const isWide = static_cast<unsigned char>(rest[0]) >= 0x80;
             CodePoint const point =
                 isWide ? DecodeWide(rest) : CodePoint{static_cast<std::uint32_t>(rest[0]), 1};
-            AppendEscape(out, point.value);
+            WriteEscape(out, point.value);
             begin += point.length;
         }
     }
-    out += '"';
+    out.Put('"');
 }
 
 // NOLINTBEGIN(misc-no-recursion): as deep as a document, which its reader limits
-void AppendMembers(std::string& out, Json::Value const& object)
+void WriteMembers(BlockWriter& out, Json::Value const& object)
 {
     char separator = '{';
     for (auto member = object.begin(); member != object.end(); ++member) {
         char const* end = nullptr;
         char const* const name = member.memberName(&end);
-        out += separator;
-        AppendText(out, name, end);
-        out += ':';
-        AppendAsciiJson(out, *member);
+        out.Put(separator);
+        WriteText(out, name, end);
+        out.Put(':');
+        WriteAsciiJson(out, *member);
         separator = ',';
     }
-    out += object.empty() ? "{}" : "}";
+    out.Put(object.empty() ? "{}" : "}");
 }
 
-void AppendElements(std::string& out, Json::Value const& array)
+void WriteElements(BlockWriter& out, Json::Value const& array)
 {
     char separator = '[';
     for (Json::Value const& element : array) {
-        out += separator;
-        AppendAsciiJson(out, element);
+        out.Put(separator);
+        WriteAsciiJson(out, element);
         separator = ',';
     }
-    out += array.empty() ? "[]" : "]";
+    out.Put(array.empty() ? "[]" : "]");
 }
 
 } // namespace
 
-void AppendAsciiJson(std::string& out, Json::Value const& document)
+void WriteAsciiJson(BlockWriter& out, Json::Value const& document)
 {
     char const* begin = nullptr;
     char const* end = nullptr;
     switch (document.type()) {
     case Json::nullValue:
-        out += "null";
+        out.Put("null");
         break;
     case Json::intValue:
-        out += std::to_string(document.asLargestInt());
+        WriteNumber(out, document.asLargestInt());
         break;
     case Json::uintValue:
-        out += std::to_string(document.asLargestUInt());
+        WriteNumber(out, document.asLargestUInt());
         break;
     case Json::realValue:
-        out += Json::valueToString(document.asDouble());
+        WriteNumber(out, document.asDouble());
         break;
     case Json::stringValue:
         document.getString(&begin, &end);
-        AppendText(out, begin, end);
+        WriteText(out, begin, end);
         break;
     case Json::booleanValue:
-        out += document.asBool() ? "true" : "false";
+        out.Put(document.asBool() ? "true" : "false");
         break;
     case Json::arrayValue:
-        AppendElements(out, document);
+        WriteElements(out, document);
         break;
     case Json::objectValue:
-        AppendMembers(out, document);
+        WriteMembers(out, document);
         break;
     }
 }

@@ -3,7 +3,6 @@
 
 #include "platform/standin/accounts.h"
 #include "platform/standin/answer.h"
-#include "platform/standin/files.h"
 
 #include <syslog.h>
 #include <unistd.h>
@@ -76,7 +75,7 @@ void WebAPI::RunRequest()
     }
 }
 
-std::string WebAPI::RunGuarded()
+bool WebAPI::RunGuarded()
 {
     try {
         RunRequest();
@@ -84,7 +83,7 @@ std::string WebAPI::RunGuarded()
         ::syslog(LOG_ERR, "request failed: %s", error.what());
         SetError(kErrorFailed);
     }
-    return standin::RenderAnswer(m_errors, m_response);
+    return standin::SendAnswer(STDOUT_FILENO, m_errors, m_response);
 }
 
 void WebAPI::Run()
@@ -94,14 +93,14 @@ void WebAPI::Run()
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     ::openlog(nullptr, LOG_PID | LOG_PERROR, LOG_USER); // the web server logs what a CGI says there
-    std::string answer;
+    bool isSent = false;
     try {
-        answer = RunGuarded();
+        isSent = RunGuarded();
     } catch (std::exception const& error) { // out of memory, most likely
         ::syslog(LOG_ERR, "failed to render the answer: %s", error.what());
-        answer = standin::RenderFailure(kErrorFailed);
+        isSent = standin::SendFailure(STDOUT_FILENO, kErrorFailed);
     }
-    if (!standin::WriteAll(STDOUT_FILENO, answer)) {
+    if (!isSent) {
         ::syslog(LOG_ERR, "failed to send the answer: %s", std::strerror(errno));
     }
 }

@@ -81,8 +81,9 @@ private:
     /// Reads, authorises, processes.
     void RunRequest();
 
-    /// The same with what it throws recorded as an error; the answer.
-    std::string RunGuarded();
+    /// The same with what it throws recorded as an error, then answers; whether the answer was
+    /// sent.
+    bool RunGuarded();
 };
 
 } // namespace KALD
