@@ -3,9 +3,15 @@
 #include "kald/libc.h"
 #include "kald/web_api_util.h"
 #include "network/host_port.h"
+#include "platform/standin/documents.h"
+#include "platform/standin/json_reader.h"
 #include "tests/support/appliance.h"
 #include "tests/support/seams.h"
 #include "tremolane/recording_service.h"
+
+#include <json/reader.h>
+
+#include <sstream>
 
 namespace {
 
@@ -57,6 +63,18 @@ void ReadSetting(std::string const& text, std::string const& key)
     Require(length >= 0 && std::string(value).size() <= static_cast<std::size_t>(length));
 }
 
+/// What is read as JSON is what another reader makes of it, and a save loses nothing of it.
+void ReadJson(std::string const& text)
+{
+    Json::Value document, other, saved;
+    std::istringstream stream(text);
+    if (standin::ParseJson(text, document)) {
+        Require(parseFromStream(Json::CharReaderBuilder(), stream, &other, nullptr));
+        Require(standin::ParseJson(standin::RenderLine(document), saved));
+        Require(document == other && document == saved);
+    }
+}
+
 void FindOverlap(std::string const& numbers, std::string const& oneShot, std::string const& repeat)
 {
     Json::Value const pair = KALD::WebAPIUtil::ParseToArray(numbers.c_str(), ",");
@@ -79,6 +97,7 @@ int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
     std::vector<std::string> const texts = CutInput(data, size, 4);
     TakeApart(texts[0], texts[1]);
     ReadSetting(texts[0], texts[1]);
+    ReadJson(texts[0]);
     FindOverlap(texts[0], texts[2], texts[3]);
     seams::Reset(); // what is kept from one input to the next makes the fuzzer look for leaks
     return 0;

@@ -15,6 +15,7 @@ TEST_F(ListTest, OrdersAndPages)
     };
     std::string const four = records("a=10,c=30,e=50,g=70"), three = records("b=20,d=40,f=60");
     std::string const same = records("a=10,c=10,e=-1,g=70"), more = records("b=20,d=20,f=60");
+    std::string const large(50000, 'x');
     std::string const odd = records("\xc3(\xe2""AB\xf4\x90\x80\x80\x80""A\xed\xa0\x80\xc0\x80\xff\xc3\xa4\xc3=0");
     struct { std::string oneShots, repeats; char const* query; int code; std::string page; } const rows[] = {
         {"", "", "", 0, "0/0"},                               {"null", "null", "", 0, "0/0"},
@@ -29,7 +30,8 @@ TEST_F(ListTest, OrdersAndPages)
         {four, three, "tuner=1", 0, "0/0"},                   {four, "", "tuner=x", 0, "a c e g 0/4"},
         {same, more, "", 0, "e c a d b f g 0/7"},             {four, "[7]", "", 100, "/"}, // of equals the latest first
         {four, "[{'start_time':'x'}]", "", 100, "/"},         {"[7]", three, "", 100, "/"},
-        {"[{'status':[]}]", three, "", 100, "/"},
+        {"[{'status':[]}]", three, "", 100, "/"},             {"[7", three, "", 403, "0/0"}, // broken behind it, too
+        {records(large + "=0"), "", "", 0, large + " 0/1"},
         {odd, "", "", 0, Replaced("~(~AB~~~~~A~~~~~~\u00e4~ 0/1", "~", "\ufffd")},
     };
     for (auto const& [oneShots, repeats, query, code, page] : rows) {
@@ -67,19 +69,6 @@ TEST_F(ListTest, TurnsRawStatusIntoViewStatus)
     Json::Value const data = Run("method=list").body["data"];
     for (Json::Value const& schedule : data["schedules"]) { views += schedule["status"].asString() + ' '; }
     EXPECT_EQ(views, "0 0 15 0 14 13 12 0 0 11 10 9 8 7 6 5 11 4 0 0 0 1 3 2 0 0 0 "); // the latest first
-}
-
-TEST_F(ListTest, MarksUserDefinedSchedules)
-{
-    std::string const once = "{'start_time':5,'tuner':1,'is_repeat':false}", rule = Replaced(once, "false", "true");
-    for (auto const& [raw, record, isMarked] : {std::tuple{"4", once, true}, {"4", rule, false},
-             {"4", Replaced(once, "1", "0"), false}, {"4", Replaced(once, "5", "6"), false},
-             {"4", once + "," + rule, true}, {"19", rule, true}, {"20", rule, true}, {"21", rule, false}}) {
-        Lay({{Replaced(kOneShot, "0dtv", "1dtv"), std::string("[{'start_time':5,'status':") + raw + "}]"},
-             {kUserDefine, "[" + record + ",{}]"}});
-        Json::Value const data = Run("method=list&tuner=1").body["data"];
-        EXPECT_EQ(data["schedules"][0]["is_userdefine"], isMarked) << raw << record;
-    }
 }
 
 } // namespace

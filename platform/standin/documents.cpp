@@ -1,48 +1,39 @@
-/// @file JSON documents through jsoncpp.
+/// @file JSON documents in files, and as the lines that are saved.
 #include "platform/standin/documents.h"
 
 #include "kald/web_utils.h"
 #include "platform/standin/files.h"
+#include "platform/standin/heap.h"
 
-#include <json/reader.h>
 #include <json/writer.h>
 
 #include <cerrno>
-#include <memory>
+#include <utility>
 
 namespace standin {
 
-bool ParseJson(std::string const& text, Json::Value& document)
-{
-    document = Json::Value();
-    if (text.find('\0') != std::string::npos) {
-        return false; // the reader would take it for the end, and a save would drop the rest
-    }
-    Json::CharReaderBuilder builder; // jsoncpp's defaults take more than RFC 8259 has
-    builder["collectComments"] = false;
-    builder["allowComments"] = false;
-    builder["allowTrailingCommas"] = false;
-    builder["failIfExtra"] = true;
-    std::unique_ptr<Json::CharReader> const reader(builder.newCharReader());
-    try {
-        if (reader->parse(text.data(), text.data() + text.size(), &document, nullptr)) {
-            return true;
-        }
-    } catch (Json::Exception const&) { // nested deeper than the reader's limit, or out of memory
-    }
-    document = Json::Value();
-    return false;
-}
+namespace {
 
-Load LoadDocument(std::string const& path, Json::Value& document)
+constexpr std::size_t kMemoryPerByte = 6; ///< of a store's file: its text, its records, their list
+
+} // namespace
+
+Load LoadDocument(std::string const& path, Json::Value& document, ElementHook const& hook)
 {
     document = Json::Value();
     UniqueFd const fd = OpenRegularFile(path.c_str());
     if (!fd) {
         return errno == ENOENT || errno == ENOTDIR ? Load::kMissing : Load::kBroken;
     }
+    return ReadDocument(fd.Get(), document, hook) ? Load::kLoaded : Load::kBroken;
+}
+
+bool ReadDocument(int fd, Json::Value& document, ElementHook const& hook)
+{
+    document = Json::Value();
+    PrepareHeap(SizeOf(fd) * kMemoryPerByte);
     std::string text;
-    return ReadToEnd(fd.Get(), text) && ParseJson(text, document) ? Load::kLoaded : Load::kBroken;
+    return ReadToEnd(fd, text) && ParseJson(std::move(text), document, hook);
 }
 
 std::string RenderLine(Json::Value const& document)

@@ -1,5 +1,7 @@
-/// @file JSON documents (RFC 8259) as text and as files.
+/// @file JSON documents (RFC 8259) in files, and as the lines that are saved.
 #pragma once
+
+#include "platform/standin/json_reader.h"
 
 #include <json/value.h>
 
@@ -14,11 +16,11 @@ enum class Load {
     kBroken,  ///< the file cannot be read, or is no JSON
 };
 
-/// Parses exactly one JSON text. False, and `document` null, on anything else.
-bool ParseJson(std::string const& text, Json::Value& document);
+/// Loads a JSON file; `document` is null unless it was loaded. `hook` is called as by ParseJson().
+Load LoadDocument(std::string const& path, Json::Value& document, ElementHook const& hook = {});
 
-/// Loads a JSON file; `document` is null unless it was loaded.
-Load LoadDocument(std::string const& path, Json::Value& document);
+/// The same from an open file; false unless it was loaded.
+bool ReadDocument(int fd, Json::Value& document, ElementHook const& hook = {});
 
 /// The document in one line, its texts as UTF-8, with a line end.
 std::string RenderLine(Json::Value const& document);

@@ -111,14 +111,17 @@ UniqueFd OpenRegularFile(char const* path)
     return fd;
 }
 
-bool ReadToEnd(int fd, std::string& text)
+std::size_t SizeOf(int fd)
 {
     struct stat info {};
+    return ::fstat(fd, &info) == 0 && info.st_size > 0 ? static_cast<std::size_t>(info.st_size) : 0;
+}
+
+bool ReadToEnd(int fd, std::string& text)
+{
+    constexpr std::size_t kUnknownSize = 4096;
     std::size_t used = text.size();
-    std::size_t room = 4096;
-    if (::fstat(fd, &info) == 0 && info.st_size > 0) {
-        room = static_cast<std::size_t>(info.st_size) + 1; // one more shows the end at once
-    }
+    std::size_t room = SizeOf(fd) + 1; // one more shows the end at once
     while (true) {
         text.resize(used + room);
         ssize_t const got = ::read(fd, text.data() + used, room);
@@ -130,7 +133,7 @@ bool ReadToEnd(int fd, std::string& text)
             return got == 0;
         }
         used += static_cast<std::size_t>(got);
-        room = 4096;
+        room = kUnknownSize;
     }
 }
 

@@ -5,9 +5,14 @@
 #include "platform/standin/unique_id.h"
 #include "tremolane/recording_service.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <ctime>
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace KALDTremolane {
 
@@ -18,26 +23,44 @@ using standin::ScheduleKey;
 
 constexpr int kStatusWaiting = 4;
 
-/// A text of one of the stored types: service numbers and frequencies may be numbers or texts.
-std::string ChannelOf(Json::Value const& record)
+std::string_view const kListed[] = {member::kStartTime.c_str(),   member::kChannelName.c_str(),
+                                    member::kDescription.c_str(), member::kDuration.c_str(),
+                                    member::kStatus.c_str(),      member::kTitle.c_str()};
+
+Json::Value Take(Json::Value& record, Json::StaticString const& name)
 {
-    Json::Value const& frequency = record[member::kFrequency];
-    std::string id = record[member::kServiceId].asString();
-    return frequency.isInt() ? id + '@' + std::to_string(frequency.asInt()) : id;
+    Json::Value value;
+    record.removeMember(name.c_str(), &value);
+    return value;
 }
 
-/// Moves what is listed of a stored record into an object of its own.
-Json::Value ListedForm(Json::Value& record)
+void DropUnlisted(Json::Value& record)
+{
+    std::vector<std::string> unlisted;
+    for (auto member = record.begin(); member != record.end(); ++member) {
+        char const* end = nullptr;
+        char const* const name = member.memberName(&end);
+        if (std::ranges::find(kListed, std::string_view(name, end)) == std::end(kListed)) {
+            unlisted.emplace_back(name, end);
+        }
+    }
+    for (std::string const& name : unlisted) {
+        record.removeMember(name);
+    }
+}
+
+/// Turns a stored record into what is listed of it, where it stands: a list of its own would be as
+/// large as the store once more.
+void MakeListed(Json::Value& record)
 {
     standin::RequireObject(record);
-    Json::Value listed(Json::objectValue);
-    listed[member::kId] = ChannelOf(record);
-    for (Json::StaticString const& name :
-         {member::kStartTime, member::kChannelName, member::kDescription, member::kDuration,
-          member::kStatus, member::kTitle}) {
-        listed[name].swap(record[name]);
+    std::string id = Take(record, member::kServiceId).asString(); // stored as a number or a text
+    Json::Value const frequency = Take(record, member::kFrequency);
+    if (frequency.isInt()) {
+        id += '@' + std::to_string(frequency.asInt());
     }
-    return listed;
+    DropUnlisted(record);
+    record[member::kId] = id;
 }
 
 bool Matches(Json::Value const& record, ScheduleKey const& key)
@@ -68,17 +91,12 @@ Json::Value NewRecord(ScheduleKey const& key, int tuner, char const* uid)
 
 bool GetSchedule(Json::Value& out, int tuner)
 {
-    // Left to the end of the process: what is given back in between lies in small pieces all over
-    // the heap, and a long list that is then built from them takes a third more time.
-    static Json::Value& records = *new Json::Value;
-    int const error = standin::LoadRecords(OneShotFile(tuner), records);
+    Json::Value records;
+    int const error = standin::LoadRecords(OneShotFile(tuner), records, MakeListed);
     if (!standin::Answer(out, error)) {
         return false;
     }
-    Json::Value& list = out[member::kList] = Json::Value(Json::arrayValue);
-    for (Json::Value& record : records) {
-        list.append(ListedForm(record));
-    }
+    out[member::kList].swap(records);
     return true;
 }
 

@@ -46,9 +46,9 @@ int LockStore(std::string const& path, UniqueFd& lock)
 
 } // namespace
 
-int LoadRecords(std::string const& path, Json::Value& records)
+int LoadRecords(std::string const& path, Json::Value& records, ElementHook const& hook)
 {
-    if (LoadDocument(path, records) == Load::kBroken) {
+    if (LoadDocument(path, records, hook) == Load::kBroken) {
         return EIO;
     }
     if (records.isNull()) {

@@ -1,6 +1,8 @@
 /// @file A file of schedule records: loaded, changed under a lock, saved.
 #pragma once
 
+#include "platform/standin/json_reader.h"
+
 #include <json/value.h>
 
 #include <functional>
@@ -8,8 +10,9 @@
 
 namespace standin {
 
-/// Loads a store; 0 and an array, empty if there is no file or it holds null, or EIO.
-int LoadRecords(std::string const& path, Json::Value& records);
+/// Loads a store; 0 and an array, empty if there is no file or it holds null, or EIO. `hook` is
+/// called for each record as by ParseJson().
+int LoadRecords(std::string const& path, Json::Value& records, ElementHook const& hook = {});
 
 /// Throws Json::LogicError unless `record` is an object.
 void RequireObject(Json::Value const& record);

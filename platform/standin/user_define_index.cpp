@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <unordered_map>
+#include <utility>
 
 namespace {
 
@@ -34,8 +35,7 @@ public:
         if (!fd || ::fstat(fd.Get(), &info) != 0) {
             return;
         }
-        std::string text;
-        if (standin::ReadToEnd(fd.Get(), text) && standin::ParseJson(text, m_records)) {
+        if (standin::ReadDocument(fd.Get(), m_records)) {
             BuildIndex();
         }
         m_file = std::move(fd); // last: a record that throws must be met again by the next look-up
@@ -89,7 +89,7 @@ private:
 
 int KALDTremolane::ReadUserDefineFromFile(Json::Value& out, int start, int tuner)
 {
-    static UserDefineIndex index;
+    static UserDefineIndex& index = *new UserDefineIndex; // never destroyed: the process ends first
     index.Refresh();
     int const position = index.Find(start, tuner);
     if (position >= 0) {
