@@ -5,9 +5,9 @@
 
 namespace standin {
 
-/// Has the kernel fill in the pages of the next `size` bytes of the heap at once. It would else come
-/// for each page when that is first touched: of a list of 1,000 schedules an eighth of the time. A
-/// hint: the memory is free when this returns, and less of it is no error.
+/// Has the kernel fill in the pages of the next `size` bytes of the heap at once. It would else
+/// come for each page when that is first touched: of a list of 1,000 schedules an eighth of the
+/// time. A hint: the memory is free when this returns, and less of it is no error.
 void PrepareHeap(std::size_t size);
 
 } // namespace standin
