@@ -67,9 +67,11 @@ void ReadSetting(std::string const& text, std::string const& key)
 void ReadJson(std::string const& text)
 {
     Json::Value document, other, saved;
+    Json::CharReaderBuilder builder;
+    builder["stackLimit"] = 2000;
     std::istringstream stream(text);
     if (standin::ParseJson(text, document)) {
-        Require(parseFromStream(Json::CharReaderBuilder(), stream, &other, nullptr));
+        Require(parseFromStream(builder, stream, &other, nullptr));
         Require(standin::ParseJson(standin::RenderLine(document), saved));
         Require(document == other && document == saved);
     }
@@ -82,11 +84,11 @@ void FindOverlap(std::string const& numbers, std::string const& oneShot, std::st
     int duration = 0;
     KALD::WebAPIUtil::ParseInt(pair.size() > 0 ? pair[0].asCString() : "", &start);
     KALD::WebAPIUtil::ParseInt(pair.size() > 1 ? pair[1].asCString() : "", &duration);
-    Json::Value shots = Parsed(oneShot);
-    Json::Value rules = Parsed(repeat);
-    try {
+    try { // a member of the wrong type ends the request; a text nested deep, the parsing here
+        Json::Value shots = Parsed(oneShot);
+        Json::Value rules = Parsed(repeat);
         KALDTremolane::TaskIsOverLap(start, duration, shots, rules);
-    } catch (Json::Exception const&) { // a member of the wrong type ends the request
+    } catch (Json::Exception const&) {
     }
 }
 
