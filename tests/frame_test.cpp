@@ -77,10 +77,11 @@ TEST_F(FrameTest, WritesOverNothingThatDoesNotLoad)
 {
     using namespace std::literals;
     std::string const one = "method=create&tuner=0&id=7&start_time=100", deep(2000, '['), user = "{'1026':{'dtv':true,'x':";
-    std::vector<Row> rows = {Row("nested deep", "", 105).As("viewer").Given({{kUsers, user + std::string(100000, '[')}})
-        .Logs("privilege:70 failed to parse json file[" + PathOf(kUsers) + "]")};
+    std::vector<Row> rows = {{.name = "nested deep", .user = "viewer", .codes = {105},
+        .before = {{kUsers, user + std::string(100000, '[')}},
+        .log = "privilege:70 failed to parse json file[" + PathOf(kUsers) + "]"}};
     for (auto const& text : {"[]x"s, "["s, "[{},]"s, "[]//c"s, "{}"s, "[]\0x"s, deep + Replaced(deep, "[", "]")}) {
-        rows.push_back(Row(text.substr(0, 9), one, 403).Given({{kOneShot, text}}));
+        rows.push_back({.name = text.substr(0, 9), .query = one, .codes = {403}, .before = {{kOneShot, text}}});
     }
     Check({}, rows);
     ASSERT_EQ(::mkfifo(PathOf(Replaced(kOneShot, "0dtv", "1dtv")).c_str(), 0600), 0); // nobody waits for its writer

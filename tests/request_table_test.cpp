@@ -34,7 +34,7 @@ protected:
     void Take(std::vector<std::string> const& fields)
     {
         std::smatch parts; // the keyword, the rest, its first word, the rest behind that
-        m_row = Row("", "");
+        m_row = Row();
         for (std::string const& field : fields) {
             std::string const text = (&field == &fields[0] ? "" : "|") + Expanded(field);
             std::regex_match(text, parts, std::regex("(\\S+) *((\\S*) *([^]*))"));
@@ -50,7 +50,7 @@ protected:
 
     std::map<std::string, std::string> m_unused; ///< texts that nothing uses, and where they stand
     std::string m_where;
-    Row m_row{"", ""};
+    Row m_row;
 
 private:
     /// Puts texts and times in the place of what stands for them.

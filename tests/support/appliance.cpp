@@ -112,16 +112,6 @@ void Appliance::Check(Files const& base, std::vector<Row> const& rows, int now)
     }
 }
 
-std::vector<Row> Variants(std::string const& query, std::vector<int> const& codes,
-                          std::vector<std::pair<char const*, char const*>> const& replacements)
-{
-    std::vector<Row> rows;
-    for (auto const& [from, to] : replacements) {
-        rows.emplace_back("variant", Replaced(query, from, to)).codes = codes;
-    }
-    return rows;
-}
-
 void Appliance::Write(std::string const& path, std::string const& text)
 {
     fs::create_directories(fs::path(PathOf(path)).parent_path());
@@ -156,13 +146,4 @@ std::string Replaced(std::string text, std::string const& from, std::string cons
         text.replace(at, from.size(), to);
     }
     return text;
-}
-
-std::string List(std::vector<std::string> const& elements)
-{
-    std::string text;
-    for (std::string const& element : elements) {
-        text += (text.empty() ? "" : ",") + element;
-    }
-    return '[' + text + ']';
 }

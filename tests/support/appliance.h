@@ -45,26 +45,14 @@ using Files = std::map<std::string, std::string>;
 /// A row of a table: given these files and this request, this answer and these files afterwards. A
 /// file of the appliance that a row does not name must not have changed.
 struct Row {
-    /// The codes are all that are recorded, in order; the first must be the answered one.
-    template <class... Codes> Row(std::string about, std::string request, Codes... recorded)
-        : name(std::move(about)), query(std::move(request)), codes{recorded...} {}
-    Row& As(std::string login) { user = std::move(login); return *this; }
-    Row& Given(Files files) { before = std::move(files); return *this; } ///< beside the table's
-    /// Files, compared as JSON, and the commands that reached the daemon, each followed by a ";".
-    Row& Then(Files files, std::string const& lines = "") { after = std::move(files); commands = lines; return *this; }
-    Row& Answers(std::string json) { data = std::move(json); return *this; }
-    Row& Logs(std::string line) { log = std::move(line); return *this; } ///< the only one
-    Row& FailsAfter(int count) { commandsBeforeFailure = count; return *this; } ///< commands that reach the daemon
-
-    std::string name, query, user = "admin", data, commands, log;
-    std::vector<int> codes;
-    Files before, after;
+    std::string name = "", query = "", user = "admin";
+    std::vector<int> codes = {};       ///< all that are recorded, in order; the first is the answered one
+    Files before = {}, after = {};     ///< beside the table's; compared as JSON
+    std::string data = "";             ///< the answer, as JSON
+    std::string log = "";              ///< the only line; none: there is none
+    std::string commands = "";         ///< what reached the daemon, each followed by a ";"
     int commandsBeforeFailure = INT_MAX;
 };
-
-/// Rows that each make one replacement in a good request, and are refused with these codes.
-std::vector<Row> Variants(std::string const& query, std::vector<int> const& codes,
-                          std::vector<std::pair<char const*, char const*>> const& replacements);
 
 /// A tree with an administrator (admin, uid 1024), a user with the privilege dtv (viewer, 1026),
 /// one without (guest, 1027), a locked account (locked, 1028), an administrator without a uid
@@ -103,9 +91,6 @@ Json::Value Parsed(std::string const& text);
 
 /// Replaces every `from` in `text`.
 std::string Replaced(std::string text, std::string const& from, std::string const& to);
-
-/// The JSON array of elements that are JSON.
-std::string List(std::vector<std::string> const& elements);
 
 /// Expects that a function makes of each first of a table the second.
 template <class In, class Out, class Function>
