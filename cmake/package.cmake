@@ -3,6 +3,15 @@ set(package_name schedule-recording)
 
 install(FILES LICENSE DESTINATION share/doc/${package_name} RENAME copyright)
 install(FILES README.md DESTINATION share/doc/${package_name})
+# The licences of what is compiled into the program, where Debian has put them.
+set(built_in_libraries rapidjson-dev)
+if(STATIC_PROGRAM)
+  list(APPEND built_in_libraries libjsoncpp-dev liburiparser-dev)
+endif()
+foreach(library IN LISTS built_in_libraries)
+  install(FILES /usr/share/doc/${library}/copyright OPTIONAL
+    DESTINATION share/doc/${package_name} RENAME copyright.${library})
+endforeach()
 install(DIRECTORY docs/ DESTINATION share/doc/${package_name}/docs FILES_MATCHING PATTERN "*.md")
 
 set(CPACK_GENERATOR DEB)

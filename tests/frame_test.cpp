@@ -4,6 +4,7 @@
 
 #include "frame/privilege.h"
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <filesystem>
@@ -42,6 +43,18 @@ TEST_F(FrameTest, ReadsFormsFromBodies)
     for (auto const& [answer, length, body, type, query, method] : rows) {
         EXPECT_EQ(Run({query, "admin", method, body, length, type}).raw, kHeaders + answer) << length;
     }
+}
+
+TEST_F(FrameTest, SaysOnceThatAnAnswerIsLost)
+{
+    Write(kOneShot, "[{\"title\":\"" + std::string(100000, 'x') + "\"}]");
+    rlimit limit, little = {20000, RLIM_INFINITY};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit) + ::setrlimit(RLIMIT_FSIZE, &little), 0);
+    std::size_t const sent = Run("method=list").raw.size();
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    EXPECT_EQ(sent, little.rlim_cur);
+    ASSERT_EQ(seams::logged.size(), 1U);
+    EXPECT_EQ(seams::logged[0].text, "failed to send the answer: File too large");
 }
 
 /// A class of the package that serves shared links and asks all it can. It writes down what it was asked.

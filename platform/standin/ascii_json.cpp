@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <iterator>
 #include <string_view>
+#include <type_traits>
 
 namespace standin {
 
@@ -77,13 +78,16 @@ void WriteEscape(BlockWriter& out, std::uint32_t value)
     }
 }
 
-/// The shortest digits that are read as this number again.
+/// The shortest digits that are read as this number again; a real shows that it is one.
 template <class Number>
 void WriteNumber(BlockWriter& out, Number value)
 {
     char text[32];
-    char const* const end = std::to_chars(std::begin(text), std::end(text), value).ptr;
-    out.Put({text, end});
+    std::string_view const digits(text, std::to_chars(std::begin(text), std::end(text), value).ptr);
+    out.Put(digits);
+    if (std::is_floating_point_v<Number> && digits.find_first_of(".e") == digits.npos) {
+        out.Put(".0");
+    }
 }
 
 /// Which bytes stand for themselves in a JSON text: a look into a table is all that most of a long

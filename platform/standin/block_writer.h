@@ -43,7 +43,7 @@ private:
 
     void PutFitting(std::string_view text)
     {
-        std::ranges::copy(text, &m_block[m_used]);
+        std::ranges::copy(text, m_block.get() + m_used);
         m_used += text.size();
     }
 

@@ -14,7 +14,7 @@ namespace standin {
 
 namespace {
 
-constexpr std::size_t kMemoryPerByte = 6; ///< of a store's file: its text, its records, their list
+constexpr std::size_t kMemoryPerByte = 6; ///< of a store: its text, its records, work on them
 
 } // namespace
 
@@ -30,7 +30,6 @@ Load LoadDocument(std::string const& path, Json::Value& document, ElementHook co
 
 bool ReadDocument(int fd, Json::Value& document, ElementHook const& hook)
 {
-    document = Json::Value();
     PrepareHeap(SizeOf(fd) * kMemoryPerByte);
     std::string text;
     return ReadToEnd(fd, text) && ParseJson(std::move(text), document, hook);

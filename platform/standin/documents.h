@@ -19,7 +19,7 @@ enum class Load {
 /// Loads a JSON file; `document` is null unless it was loaded. `hook` is called as by ParseJson().
 Load LoadDocument(std::string const& path, Json::Value& document, ElementHook const& hook = {});
 
-/// The same from an open file; false unless it was loaded.
+/// The same from an open file, into a null `document`; false unless it was loaded.
 bool ReadDocument(int fd, Json::Value& document, ElementHook const& hook = {});
 
 /// The document in one line, its texts as UTF-8, with a line end.

@@ -119,7 +119,7 @@ std::size_t SizeOf(int fd)
 
 bool ReadToEnd(int fd, std::string& text)
 {
-    constexpr std::size_t kUnknownSize = 4096;
+    constexpr std::size_t kStep = 4096; // by which a file that grows is read on
     std::size_t used = text.size();
     std::size_t room = SizeOf(fd) + 1; // one more shows the end at once
     while (true) {
@@ -133,7 +133,7 @@ bool ReadToEnd(int fd, std::string& text)
             return got == 0;
         }
         used += static_cast<std::size_t>(got);
-        room = kUnknownSize;
+        room = kStep;
     }
 }
 

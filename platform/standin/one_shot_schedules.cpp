@@ -27,6 +27,7 @@ std::string_view const kListed[] = {member::kStartTime.c_str(),   member::kChann
                                     member::kDescription.c_str(), member::kDuration.c_str(),
                                     member::kStatus.c_str(),      member::kTitle.c_str()};
 
+/// The member of that name, which goes; null if there is none.
 Json::Value Take(Json::Value& record, Json::StaticString const& name)
 {
     Json::Value value;
