@@ -153,9 +153,6 @@ void BenchList()
                1.3);
     ReportWork("list, 10,000 + 1,000 + 1,000 records, memory", large, &Cost::memory, 1.0 / 1024,
                "MiB", 1.5);
-    Report("list, 20,000 against 10,000 records, user CPU",
-           ListUserTime({18'000, 2'000, 2'000}, 15), ListUserTime({9'000, 1'000, 1'000}, 15), 1e3,
-           "ms", 2.1);
 }
 
 void BenchDeleteRepeat()
