@@ -51,7 +51,7 @@ struct Row {
     std::string data = "";             ///< the answer, as JSON
     std::string log = "";              ///< the only line; none: there is none
     std::string commands = "";         ///< what reached the daemon, each followed by a ";"
-    int commandsBeforeFailure = INT_MAX;
+    int commandsBeforeFailure = INT_MAX; ///< how many reach it before one fails
 };
 
 /// A tree with an administrator (admin, uid 1024), a user with the privilege dtv (viewer, 1026),
