@@ -1,4 +1,4 @@
-/// @file How a floor reads a document: the whole file at once, then jsoncpp's reader.
+/// @file How a baseline reads a document: the whole file at once, then jsoncpp's reader.
 #pragma once
 
 #include <json/reader.h>

@@ -1,4 +1,4 @@
-/// @file Whole requests against the floors below them: processes run in turn, ratios of medians.
+/// @file Whole requests against the baselines below them: processes run in turn, ratios of medians.
 ///
 /// A goal that is missed by more than a tenth fails the run.
 #include "bench/appliance_tree.h"
@@ -73,23 +73,23 @@ double Median(std::vector<Cost> const& costs, double Cost::*which)
 
 /// Many runs of two commands, each after its own preparation, in turn.
 struct Comparison {
-    std::vector<Cost> program, floor;
+    std::vector<Cost> program, baseline;
 };
 
 using Prepare = std::function<void()>;
 
 Comparison Compare(int runs, std::vector<std::string> const& program, Prepare const& beforeProgram,
-                   std::vector<std::string> const& floor, Prepare const& beforeFloor)
+                   std::vector<std::string> const& baseline, Prepare const& beforeBaseline)
 {
     Comparison result;
     for (int run = -runs / 10 - 1; run < runs; ++run) { // the first ones warm the caches
         beforeProgram();
         Cost const program_ = RunOnce(program);
-        beforeFloor();
-        Cost const floor_ = RunOnce(floor);
+        beforeBaseline();
+        Cost const baseline_ = RunOnce(baseline);
         if (run >= 0) {
             result.program.push_back(program_);
-            result.floor.push_back(floor_);
+            result.baseline.push_back(baseline_);
         }
     }
     return result;
@@ -98,21 +98,21 @@ Comparison Compare(int runs, std::vector<std::string> const& program, Prepare co
 bool g_allMet = true;
 
 /// Prints a row of the table; `scale` and `unit` are those of both figures.
-void Report(char const* work, double program, double floor, double scale, char const* unit,
+void Report(char const* work, double program, double baseline, double scale, char const* unit,
             double goal)
 {
-    double const ratio = program / floor;
+    double const ratio = program / baseline;
     bool const met = ratio <= goal;
     g_allMet = g_allMet && ratio <= goal * 1.1;
     std::printf("| %-46s | %9.2f %-3s | %9.2f %-3s | %5.2f | %4.1f | %-6s |\n", work,
-                program * scale, unit, floor * scale, unit, ratio, goal, met ? "met" : "MISSED");
+                program * scale, unit, baseline * scale, unit, ratio, goal, met ? "met" : "MISSED");
     std::fflush(stdout);
 }
 
 void ReportWork(char const* work, Comparison const& costs, double Cost::*which, double scale,
                 char const* unit, double goal)
 {
-    Report(work, Median(costs.program, which), Median(costs.floor, which), scale, unit, goal);
+    Report(work, Median(costs.program, which), Median(costs.baseline, which), scale, unit, goal);
 }
 
 void Nothing() {}
@@ -145,10 +145,10 @@ void BenchList()
     std::string const program = Built("../schedule_recording");
     LayTree({0, 0, 0});
     ReportWork("list, empty appliance, wall",
-               Compare(1000, {program}, Nothing, {Built("floor_start")}, Nothing), &Cost::wall, 1e3,
-               "ms", 1.6);
+               Compare(1000, {program}, Nothing, {Built("baseline_start")}, Nothing), &Cost::wall,
+               1e3, "ms", 1.6);
     LayTree({10'000, 1'000, 1'000});
-    Comparison const large = Compare(21, {program}, Nothing, {Built("floor_list")}, Nothing);
+    Comparison const large = Compare(21, {program}, Nothing, {Built("baseline_list")}, Nothing);
     ReportWork("list, 10,000 + 1,000 + 1,000 records, user CPU", large, &Cost::user, 1e3, "ms",
                1.3);
     ReportWork("list, 10,000 + 1,000 + 1,000 records, memory", large, &Cost::memory, 1.0 / 1024,
@@ -165,7 +165,7 @@ void BenchDeleteRepeat()
                "&channel_id=" + victim[member::kId].asString());
     auto const restore = [] { LayTree({0, 10'000, 0}); };
     Comparison const costs = Compare(11, {Built("../schedule_recording")}, restore,
-                                     {Built("floor_filter"), start}, restore);
+                                     {Built("baseline_delete"), start}, restore);
     ReportWork("delete_repeat, one of 10,000, user CPU", costs, &Cost::user, 1e3, "ms", 1.2);
 }
 
@@ -198,7 +198,7 @@ int main(int count, char** arguments)
         return 0;
     }
     std::printf("| %-46s | %13s | %13s | %5s | %4s | %-6s |\n|---|---|---|---|---|---|\n", "work",
-                "program", "floor", "ratio", "goal", "");
+                "program", "baseline", "ratio", "goal", "");
     BenchList();
     BenchDeleteRepeat();
     return g_allMet ? 0 : 1;

@@ -104,7 +104,7 @@ def differences(site):
 def main(what, appliance):
     program = packed_program(Path(what)) if os.path.isdir(what) else what
     shutil.rmtree(appliance, ignore_errors=True)
-    output_of(SOURCE / "dev/lay-out", appliance)
+    output_of(SOURCE / "dev/make-sample-appliance", appliance)
     os.environ["no_proxy"] = "*"
     server, port = serve(program, appliance)
     failed = 0

@@ -1,4 +1,4 @@
-/// @file The floor below `list`: reads the same three files and writes an answer of the same
+/// @file The baseline below `list`: reads the same three files and writes an answer of the same
 /// members and size with jsoncpp, and does nothing else: no sort, no look-up, no check, no
 /// calendar.
 #include "bench/load_document.h"

@@ -1,4 +1,4 @@
-/// @file The floor below `delete_repeat`: reads the repeat file, leaves out the records of one
+/// @file The baseline below `delete_repeat`: reads the repeat file, leaves out the records of one
 /// start and saves it as durably, with jsoncpp and nothing else. The argument is that start.
 #include "bench/load_document.h"
 #include "platform/appliance_paths.h"
