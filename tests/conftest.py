@@ -79,6 +79,11 @@ def parse_answer(parameters, headers, body, log=()):
     return answer
 
 
+def case(name, *values, **marks):
+    """A row of a parametrised test; the name is what pytest -k finds."""
+    return pytest.param(*values, id=name, **marks)
+
+
 def is_ignored(path):
     """Whether a file of the tree is no document: a lock, or what a save is about to replace."""
     return path.name.startswith(".") or path.suffix in (".lock", ".tmp")
@@ -106,7 +111,7 @@ class Appliance:
         for name in ("one_shot", "repeat", "commands", "passwd"):
             self.path(name).parent.mkdir(parents=True, exist_ok=True)
         (self.root / "volume1/video/tv").mkdir(parents=True)
-        self.store(passwd=ACCOUNTS, group="users:x:100:guest\nadministrators:x:1:admin,nouid,ghost\n",
+        self.store(passwd=ACCOUNTS, group="administrators:x:101:admin,nouid,ghost\n",
                    users={"1026": {"dtv": True}}, folders=[FOLDER])
 
     def path(self, name):
@@ -120,7 +125,8 @@ class Appliance:
             path.unlink(missing_ok=True)
             if value is not None:
                 text = value if isinstance(value, str) else json.dumps(in_forms(name, value))
-                path.write_text(text, encoding="utf-8")
+                path.parent.mkdir(parents=True, exist_ok=True)
+                path.write_text(text, encoding="utf-8", errors="surrogateescape")
         return self
 
     def stored(self):
@@ -157,7 +163,8 @@ class Appliance:
         self.settle()
         self._before = self.snapshot()
         run = subprocess.run([*under, self.program], input=body, capture_output=True,
-                             env=program_environment(now, zone) | {"REMOTE_USER": user} | environment)
+                             env=program_environment(now, zone) | {"REMOTE_USER": user}
+                             | environment)
         log = [re.sub(r"^schedule_recording\[\d+\]: ", "", line)
                for line in run.stderr.decode().splitlines()]
         assert run.returncode == 0, f"ends with {run.returncode}: {run.stderr.decode()}"
@@ -263,8 +270,8 @@ class WebServer:
         self.url = f"http://127.0.0.1:{port}"
         self._output = open(self.log, "w", encoding="utf-8")
         self._server = subprocess.Popen(
-            ["setpriv", "--pdeathsig", "TERM", "lighttpd", "-D", "-f", SOURCE / "dev/lighttpd.conf"],
-            stderr=self._output, env=os.environ | {
+            ["setpriv", "--pdeathsig", "TERM",
+             "lighttpd", "-D", "-f", SOURCE / "dev/lighttpd.conf"], stderr=self._output, env=os.environ | {
                 "WEB_PORT": str(port), "WEB_PROGRAM": str(self._program),
                 "WEB_LOGINS": str(self._folder / "logins"), "WEB_ACCESS_LOG": "/dev/null",
                 "PATH": os.environ["PATH"] + ":/usr/sbin"})
