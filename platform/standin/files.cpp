@@ -7,16 +7,17 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <optional>
 #include <utility>
 
 namespace standin {
 
 namespace {
 
-constexpr mode_t kNewFileMode = 0644;
+constexpr mode_t kNewFileMode = 0640;
 constexpr mode_t kTemporaryMode = 0600; ///< until it has the mode of the file that it replaces
 constexpr mode_t kPermissionBits = 0777;
+
+int g_saves = 0;
 
 bool IsSameFile(int fd, char const* path)
 {
@@ -43,14 +44,16 @@ UniqueFd OpenTemporary(std::string const& path)
     }
 }
 
-/// The mode of the file at `path`, that of a new file if there is none; none if it cannot be told.
-std::optional<mode_t> ModeFor(std::string const& path)
+/// Gives a new file the mode of the file at `path` and, as root, its owner and group. Without an
+/// old file it gets the mode of a new store.
+bool CopyOwnerAndMode(int fd, std::string const& path)
 {
     struct stat old {};
-    if (::stat(path.c_str(), &old) == 0) {
-        return old.st_mode & kPermissionBits;
+    if (::stat(path.c_str(), &old) != 0) {
+        return errno == ENOENT && ::fchmod(fd, kNewFileMode) == 0;
     }
-    return errno == ENOENT ? std::optional(kNewFileMode) : std::nullopt;
+    bool const isOwnerKept = ::geteuid() != 0 || ::fchown(fd, old.st_uid, old.st_gid) == 0;
+    return isOwnerKept && ::fchmod(fd, old.st_mode & kPermissionBits) == 0;
 }
 
 bool SyncFolderOf(std::string const& path)
@@ -152,16 +155,21 @@ bool WriteAll(int fd, std::string_view text)
     return true;
 }
 
+int SavesOfThisProcess()
+{
+    return g_saves;
+}
+
 bool ReplaceFile(std::string const& path, std::string_view text)
 {
+    ++g_saves;
     std::string const temporary = path + ".tmp";
     UniqueFd fd = OpenTemporary(temporary);
     if (!fd) {
         return false;
     }
-    std::optional<mode_t> const mode = ModeFor(path);
-    if (!mode || ::ftruncate(fd.Get(), 0) != 0 || !WriteAll(fd.Get(), text) ||
-        ::fchmod(fd.Get(), *mode) != 0 || ::fsync(fd.Get()) != 0) {
+    if (::ftruncate(fd.Get(), 0) != 0 || !WriteAll(fd.Get(), text) ||
+        !CopyOwnerAndMode(fd.Get(), path) || ::fsync(fd.Get()) != 0) {
         ::unlink(temporary.c_str());
         return false;
     }

@@ -21,8 +21,12 @@ bool ReadToEnd(int fd, std::string& text);
 /// Writes all of `text`. False with errno set on an error.
 bool WriteAll(int fd, std::string_view text);
 
+/// How many files this process has replaced.
+int SavesOfThisProcess();
+
 /// Replaces `path` by `text` durably, all or nothing: the old file or the new one stands there,
-/// whatever happens. Keeps the old file's mode; a new file gets 0644.
+/// whatever happens. Keeps the old file's mode and, as root, its owner and
+/// group; a new file gets 0640.
 bool ReplaceFile(std::string const& path, std::string_view text);
 
 } // namespace standin

@@ -2,6 +2,7 @@
 #include "platform/standin/record_store.h"
 
 #include "platform/record_members.h"
+#include "platform/records.h"
 #include "platform/standin/documents.h"
 #include "platform/standin/files.h"
 #include "tremolane/recording_service.h"
@@ -57,13 +58,6 @@ int LoadRecords(std::string const& path, Json::Value& records, ElementHook const
     return records.isArray() ? 0 : EIO;
 }
 
-void RequireObject(Json::Value const& record)
-{
-    if (!record.isObject()) {
-        throw Json::LogicError("a stored record is no object");
-    }
-}
-
 int ChangeRecords(std::string const& path, std::function<int(Json::Value& records)> const& change)
 {
     UniqueFd lock;
@@ -84,21 +78,6 @@ int ChangeRecords(std::string const& path, std::function<int(Json::Value& record
     return error;
 }
 
-std::size_t DropRecords(Json::Value& records,
-                        std::function<bool(Json::Value const& record)> const& isDropped)
-{
-    Json::ArrayIndex kept = 0;
-    for (Json::Value& record : records) {
-        RequireObject(record);
-        if (!isDropped(record)) {
-            records[kept++].swap(record);
-        }
-    }
-    std::size_t const dropped = records.size() - kept;
-    records.resize(kept);
-    return dropped;
-}
-
 bool Answer(Json::Value& out, int error)
 {
     out = Json::Value();
@@ -108,13 +87,18 @@ bool Answer(Json::Value& out, int error)
     return error == 0;
 }
 
+int DurationOf(Json::Value const& record)
+{
+    int const duration = IntOf(record, member::kDuration);
+    return duration > 0 ? duration : kDefaultDuration;
+}
+
 Details DetailsOf(int start, int tuner)
 {
     Json::Value record;
     KALDTremolane::ReadUserDefineFromFile(record, start, tuner);
-    int const duration = record[member::kDuration].asInt();
-    return {record[member::kChannelName].asString(), record[member::kEventName].asString(),
-            record[member::kTextName].asString(), duration < 1 ? kDefaultDuration : duration};
+    return {TextOf(record, member::kChannelName), TextOf(record, member::kEventName),
+            TextOf(record, member::kTextName), DurationOf(record)};
 }
 
 } // namespace standin
