@@ -137,6 +137,9 @@ bool AddSchedule(Json::Value& out, int tuner, std::string id, std::string start,
                                        return EEXIST;
                                    }
                                }
+                               if (!standin::CanReadUserDefines()) {
+                                   return EIO;
+                               }
                                records.append(NewRecord(*key, tuner, uid));
                                return 0;
                            }));

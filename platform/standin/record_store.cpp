@@ -1,14 +1,10 @@
-/// @file Stores of schedule records over JSON files and file locks.
+/// @file Stores of schedule records over JSON files.
 #include "platform/standin/record_store.h"
 
 #include "platform/record_members.h"
 #include "platform/records.h"
 #include "platform/standin/documents.h"
-#include "platform/standin/files.h"
 #include "tremolane/recording_service.h"
-
-#include <fcntl.h>
-#include <sys/file.h>
 
 #include <cerrno>
 #include <utility>
@@ -27,24 +23,6 @@ struct ErrorCode {
 };
 constexpr ErrorCode kErrorCodes[] = {{EINVAL, 101}, {EEXIST, 401}, {ENOENT, 402}, {EIO, 403}};
 
-/// Takes the exclusive lock of a store, held as long as the descriptor; 0 or EIO. Without the
-/// store's folder there is nothing to lock: there is no store, and none can be saved.
-int LockStore(std::string const& path, UniqueFd& lock)
-{
-    constexpr mode_t kMode = 0644;
-    lock = UniqueFd(
-        ::open((path + ".lock").c_str(), O_RDONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC, kMode));
-    if (!lock) {
-        return errno == ENOENT ? 0 : EIO;
-    }
-    while (::flock(lock.Get(), LOCK_EX) != 0) {
-        if (errno != EINTR) {
-            return EIO;
-        }
-    }
-    return 0;
-}
-
 } // namespace
 
 int LoadRecords(std::string const& path, Json::Value& records, ElementHook const& hook)
@@ -60,22 +38,15 @@ int LoadRecords(std::string const& path, Json::Value& records, ElementHook const
 
 int ChangeRecords(std::string const& path, std::function<int(Json::Value& records)> const& change)
 {
-    UniqueFd lock;
     Json::Value records;
-    int error = LockStore(path, lock);
-    if (error == 0) {
-        error = LoadRecords(path, records);
-    }
+    int error = LoadRecords(path, records);
     if (error == 0) {
         error = change(records);
     }
     if (error == kUnchanged) {
         return 0;
     }
-    if (error == 0 && !ReplaceFile(path, RenderLine(records))) {
-        error = EIO;
-    }
-    return error;
+    return error == 0 && !ReplaceFile(path, records) ? EIO : error;
 }
 
 bool Answer(Json::Value& out, int error)

@@ -1,4 +1,4 @@
-/// @file A file of schedule records: loaded, changed under a lock, saved.
+/// @file A file of schedule records: loaded, changed, saved.
 #pragma once
 
 #include "platform/standin/json_reader.h"
@@ -14,7 +14,7 @@ namespace standin {
 /// called for each record as by ParseJson().
 int LoadRecords(std::string const& path, Json::Value& records, ElementHook const& hook = {});
 
-/// Changes a store while no other operation of this service can. `change` edits the records and
+/// Changes a store. `change` edits the records and
 /// answers 0 to have them saved, kUnchanged to leave the file alone, or an errno that ends it.
 /// Returns 0 or an errno.
 int ChangeRecords(std::string const& path, std::function<int(Json::Value& records)> const& change);
@@ -31,6 +31,10 @@ struct Details {
     Json::Value channelName, title, description;
     int duration; ///< seconds
 };
+
+/// Whether the user-defined file is missing or the device can read it. Otherwise a schedule would
+/// be stored without the title and length that its record gives it.
+bool CanReadUserDefines();
 
 /// The texts and the length of an added schedule: those of the user-defined record of its start and
 /// tuner, else empty texts and half an hour.
