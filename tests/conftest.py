@@ -19,6 +19,7 @@ from schedules import Schedule, epoch
 SOURCE = Path(__file__).resolve().parent.parent
 NOW = "2025-07-01 12:00"  # a Tuesday
 [FAKETIME] = glob.glob("/usr/lib/*/faketime/libfaketime.so.1")
+[EATMYDATA] = glob.glob("/usr/lib/*/libeatmydata.so.1")
 ETC = "var/packages/Tremolane/etc"
 FILES = {
     "one_shot": f"{ETC}/dtvschedules/0dtv_schedule.json",
@@ -163,8 +164,8 @@ class Appliance:
         self.settle()
         self._before = self.snapshot()
         run = subprocess.run([*under, self.program], input=body, capture_output=True,
-                             env=program_environment(now, zone) | {"REMOTE_USER": user}
-                             | environment)
+                             env=program_environment(now, zone, syncs=under)
+                             | {"REMOTE_USER": user} | environment)
         log = [re.sub(r"^schedule_recording\[\d+\]: ", "", line)
                for line in run.stderr.decode().splitlines()]
         assert run.returncode == 0, f"ends with {run.returncode}: {run.stderr.decode()}"
@@ -209,14 +210,14 @@ class Appliance:
         return text if isinstance(expected.get(name), str) else json.loads(text)
 
 
-def program_environment(now, zone):
-    """The clock, the zone and the sanitizers of a program that runs under test."""
-    environment = {"PATH": os.environ["PATH"], "TZ": zone,
-                   "ASAN_OPTIONS": "verify_asan_link_order=0:detect_leaks=0"}
-    if now is not None:
-        environment |= {"LD_PRELOAD": FAKETIME, "FAKETIME": str(epoch(now)), "FAKETIME_FMT": "%s",
-                        "NO_FAKE_STAT": "1"}
-    return environment
+def program_environment(now, zone, syncs):
+    """The clock, the zone and the sanitizers of a program under test, and whether it waits for the
+    disk."""
+    preloaded = [*([] if now is None else [FAKETIME]), *([] if syncs else [EATMYDATA])]
+    clock = {} if now is None else {"FAKETIME": str(epoch(now)), "FAKETIME_FMT": "%s",
+                                    "NO_FAKE_STAT": "1"}
+    return {"PATH": os.environ["PATH"], "TZ": zone, "LD_PRELOAD": ":".join(preloaded), **clock,
+            "ASAN_OPTIONS": "verify_asan_link_order=0:detect_leaks=0"}
 
 
 @dataclasses.dataclass(frozen=True)
@@ -247,8 +248,17 @@ def appliance(build):
     """A fresh appliance for each test. What a request changes must be named: expect_changes()."""
     appliance = Appliance(build)
     appliance.lay()
-    yield appliance
-    appliance.settle()
+    return appliance
+
+
+@pytest.hookimpl(hookwrapper=True)
+def pytest_pyfunc_call(pyfuncitem):
+    """A test has only passed if its last request changed nothing but what the test named."""
+    __tracebackhide__ = True
+    outcome = yield
+    outcome.get_result()
+    if "appliance" in pyfuncitem.funcargs:
+        pyfuncitem.funcargs["appliance"].settle()
 
 
 class WebServer:

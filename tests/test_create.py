@@ -115,6 +115,6 @@ def test_create_with_recording_folder(appliance, folders):
     case("object", {"a": FOLDER}), case("section itself", FOLDER), case("not there", [MISSING]),
     case("a file", [FOLDER | {"share": "../etc", "subpath": "passwd"}]),
     case("other section", [FOLDER | {"section": "music"}]),
-    case("wrong types", [FOLDER | {"share": []}, FOLDER | {"subpath": {}}])])
+    case("wrong types", [FOLDER | {"share": []}, 7, {"section": 1}])])
 def test_create_without_recording_folder(appliance, folders):
     assert create(appliance.store(folders=folders)) == Answer(406)
