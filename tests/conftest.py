@@ -161,11 +161,7 @@ class Appliance:
 
     def run(self, environment, parameters, body=b"", user="admin", now=NOW, zone="UTC", under=()):
         """The same with any CGI environment; `parameters` are those that it stands for."""
-        self.settle()
-        self._before = self.snapshot()
-        run = subprocess.run([*under, self.program], input=body, capture_output=True,
-                             env=program_environment(now, zone, syncs=under)
-                             | {"REMOTE_USER": user} | environment)
+        run = self.launch({"REMOTE_USER": user} | environment, now, zone, under, input=body)
         log = [re.sub(r"^schedule_recording\[\d+\]: ", "", line)
                for line in run.stderr.decode().splitlines()]
         assert run.returncode == 0, f"ends with {run.returncode}: {run.stderr.decode()}"
@@ -173,6 +169,13 @@ class Appliance:
         head, _, text = run.stdout.decode().partition("\r\n\r\n")
         headers = dict(line.split(": ", 1) for line in head.split("\r\n"))
         return parse_answer(parameters, headers, text, log)
+
+    def launch(self, environment, now=NOW, zone="UTC", under=(), **options):
+        """Runs the program to its end, whatever it answers."""
+        self.settle()
+        self._before = self.snapshot()
+        return subprocess.run([*under, self.program], capture_output=True, **options,
+                              env=program_environment(now, zone, syncs=under) | environment)
 
     def expect_changes(self, **expected):
         """Asserts what the last request left in the files that it may change.
@@ -283,12 +286,12 @@ class WebServer:
             port = probe.getsockname()[1]
         self.url = f"http://127.0.0.1:{port}"
         self._output = open(self.log, "w", encoding="utf-8")
-        self._server = subprocess.Popen(
-            ["setpriv", "--pdeathsig", "TERM",
-             "lighttpd", "-D", "-f", SOURCE / "dev/lighttpd.conf"], stderr=self._output, env=os.environ | {
-                "WEB_PORT": str(port), "WEB_PROGRAM": str(self._program),
-                "WEB_LOGINS": str(self._folder / "logins"), "WEB_ACCESS_LOG": "/dev/null",
-                "PATH": os.environ["PATH"] + ":/usr/sbin"})
+        environment = {"WEB_PORT": str(port), "WEB_PROGRAM": str(self._program),
+                       "WEB_LOGINS": str(self._folder / "logins"), "WEB_ACCESS_LOG": "/dev/null",
+                       "PATH": os.environ["PATH"] + ":/usr/sbin"}
+        command = ["lighttpd", "-D", "-f", SOURCE / "dev/lighttpd.conf"]
+        self._server = subprocess.Popen(["setpriv", "--pdeathsig", "TERM", *command],
+                                        stderr=self._output, env=os.environ | environment)
         while socket.socket().connect_ex(("127.0.0.1", port)) != 0:
             assert self._server.poll() is None, self.log.read_text()
             time.sleep(0.02)

@@ -203,7 +203,8 @@ def test_edit_userdefine_of_rule_one_shots_not_saved(rule):
 
 
 def test_edit_userdefine_of_rule_not_deleted_both_stay(rule):
-    log = f"schedule_recording:1051 Fail to save repeat schedule json. Path is {rule.path('repeat')}"
+    log = ("schedule_recording:1051 Fail to save repeat schedule json. Path is "
+           f"{rule.path('repeat')}")
     assert edit(rule, WEEKLY, NEW_SHOW, under=unsaved(rule, "repeat")) == Answer(100, log=[log])
     rule.expect_changes(one_shot=[OTHER, NEW_SHOW], user_defined=[WEEKLY, NEW_SHOW],
                         commands=["reload", "reload"])
