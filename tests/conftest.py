@@ -174,7 +174,7 @@ class Appliance:
         """Runs the program to its end, whatever it answers."""
         self.settle()
         self._before = self.snapshot()
-        return subprocess.run([*under, self.program], capture_output=True, **options,
+        return subprocess.run([*under, self.program], capture_output=True, timeout=60, **options,
                               env=program_environment(now, zone, syncs=under) | environment)
 
     def expect_changes(self, **expected):

@@ -18,3 +18,22 @@ def unsaved(appliance, name):
 def daemon_fails(appliance, after):
     """The tuner daemon takes that many commands and no more."""
     return failing("openat", appliance.path("commands"), at=f"{after + 1}+")
+
+
+def failing_nth(name, nth, what):
+    """Fails the nth call of that name in the whole run: what is `error=EIO` or `signal=KILL`."""
+    return ["strace", "-f", "--seccomp-bpf", "-qq", "-o", "/dev/null",
+            "-e", f"inject={name}:{what}:when={nth}"]
+
+
+def calls_of(trace, path):
+    """The calls of a strace from the first that names the path: each name, and which call of that
+    name it is."""
+    counts, calls = {}, []
+    for line in trace.splitlines():
+        name = line.split(maxsplit=1)[1].partition("(")[0]
+        if name.isidentifier():
+            counts[name] = counts.get(name, 0) + 1
+            if calls or path in line:
+                calls.append((name, counts[name]))
+    return calls
