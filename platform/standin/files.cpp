@@ -16,6 +16,7 @@ constexpr mode_t kTemporaryMode = 0600; ///< until it has the mode of the file t
 constexpr mode_t kPermissionBits = 0777;
 
 int g_saves = 0;
+bool g_hasDeviceFailed = false;
 
 std::string TemporaryOf(std::string const& path)
 {
@@ -61,6 +62,9 @@ bool Commit(std::string const& temporary, std::string const& path)
     bool const isNew = !isExchanged && errno == ENOENT;
     bool const isMoved = isExchanged || std::rename(temporary.c_str(), path.c_str()) == 0;
     bool const isSynced = isMoved && SyncFolderOf(path);
+    if (!isSynced) {
+        NoteFailure();
+    }
     if (isExchanged && !isSynced) {
         Exchange(temporary, path);
     }
@@ -80,6 +84,7 @@ UniqueFd OpenRegularFile(char const* path)
     UniqueFd fd(::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     struct stat info {};
     if (!fd || ::fstat(fd.Get(), &info) != 0) {
+        NoteFailure();
         return UniqueFd();
     }
     if (!S_ISREG(info.st_mode)) {
@@ -106,9 +111,13 @@ bool ReadToEnd(int fd, std::string& text)
         if (got < 0 && errno == EINTR) {
             continue;
         }
-        if (got <= 0) {
+        if (got < 0) {
+            NoteFailure();
+            return false;
+        }
+        if (got == 0) {
             text.resize(used);
-            return got == 0;
+            return true;
         }
         used += static_cast<std::size_t>(got);
         room = kStep;
@@ -128,6 +137,21 @@ bool WriteAll(int fd, std::string_view text)
         text.remove_prefix(static_cast<std::size_t>(put));
     }
     return true;
+}
+
+bool HasDeviceFailed()
+{
+    return g_hasDeviceFailed;
+}
+
+void ForgetDeviceFailure()
+{
+    g_hasDeviceFailed = false;
+}
+
+void NoteFailure()
+{
+    g_hasDeviceFailed = g_hasDeviceFailed || errno == EIO;
 }
 
 int SavesOfThisProcess()
@@ -152,10 +176,9 @@ bool WriteWholeFile(std::string const& path, std::string_view text)
     ++g_saves;
     std::string const temporary = TemporaryOf(path);
     UniqueFd const fd = OpenTemporary(temporary);
-    if (!fd) {
-        return false;
-    }
-    if (!WriteAll(fd.Get(), text) || !CopyOwnerAndMode(fd.Get(), path) || ::fsync(fd.Get()) != 0) {
+    if (!fd || !WriteAll(fd.Get(), text) || !CopyOwnerAndMode(fd.Get(), path) ||
+        ::fsync(fd.Get()) != 0) {
+        NoteFailure();
         ::unlink(temporary.c_str());
         return false;
     }

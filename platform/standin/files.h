@@ -21,6 +21,14 @@ bool ReadToEnd(int fd, std::string& text);
 /// Writes all of `text`. False with errno set on an error.
 bool WriteAll(int fd, std::string_view text);
 
+/// Whether a file could not be opened, read or replaced because the device failed (EIO) since the
+/// last call of ForgetDeviceFailure(). What was read cannot be told from a missing file then.
+bool HasDeviceFailed();
+void ForgetDeviceFailure();
+
+/// To be called when a call on a file has failed, with its errno.
+void NoteFailure();
+
 /// How many files this process has replaced.
 int SavesOfThisProcess();
 

@@ -32,10 +32,6 @@ struct Details {
     int duration; ///< seconds
 };
 
-/// Whether the user-defined file is missing or the device can read it. Otherwise a schedule would
-/// be stored without the title and length that its record gives it.
-bool CanReadUserDefines();
-
 /// The texts and the length of an added schedule: those of the user-defined record of its start and
 /// tuner, else empty texts and half an hour.
 Details DetailsOf(int start, int tuner);

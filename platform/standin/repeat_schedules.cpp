@@ -87,9 +87,6 @@ bool AddRepeatSchedule(Json::Value& out, int tuner, std::string const& id, char 
                                if (Find(records, *key) != nullptr) {
                                    return EEXIST;
                                }
-                               if (!standin::CanReadUserDefines()) {
-                                   return EIO;
-                               }
                                Json::Value record = NewRecord(*key, tuner, uid);
                                SetRule(record, isWeekly, weekdayStatus, endDate);
                                records.append(std::move(record));

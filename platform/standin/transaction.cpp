@@ -160,11 +160,17 @@ bool Transaction::Begin()
         return false;
     }
     g_current = this;
+    ForgetDeviceFailure();
     return RollBack();
 }
 
 bool Transaction::Commit()
 {
+    if (HasDeviceFailed()) { // what the request has read or saved may be anything
+        ::syslog(LOG_ERR, "a device failed during the request");
+        RollBack();
+        return false;
+    }
     g_current = nullptr;
     return m_journal.empty() || DeleteJournal();
 }

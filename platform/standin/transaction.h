@@ -28,8 +28,9 @@ public:
     /// false the reason was logged, and no file may be changed.
     bool Begin();
 
-    /// Makes the changes final. False, and logged, if the journal could not be deleted durably: the
-    /// next request may then roll the changes back.
+    /// Makes the changes final. False, and logged, if they are not: because a device failed during
+    /// the request, in which case they are rolled back, or because the journal could not be deleted
+    /// durably, in which case the next request may roll them back.
     bool Commit();
 
     /// Restores the files' old versions, logs it and tells the tuner daemon to reload. Does nothing

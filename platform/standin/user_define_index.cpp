@@ -9,7 +9,6 @@
 
 #include <sys/stat.h>
 
-#include <cerrno>
 #include <cstdint>
 #include <string>
 #include <unordered_map>
@@ -39,7 +38,7 @@ public:
         UniqueFd fd = standin::OpenRegularFile(kUserDefineFile);
         std::string text;
         if (!fd || ::fstat(fd.Get(), &info) != 0 || !standin::ReadToEnd(fd.Get(), text)) {
-            m_hasFailed = errno == EIO;
+            standin::NoteFailure();
             return;
         }
         if (standin::ParseJson(std::move(text), m_records)) {
@@ -56,9 +55,6 @@ public:
         auto const found = m_positions.find(Key(start, tuner));
         return found != m_positions.end() ? found->second : -1;
     }
-
-    /// Whether the device has failed to read the file. Nothing can be told about its records then.
-    bool HasFailed() const { return m_hasFailed; }
 
     Json::Value const& At(int position) const { return m_records[position]; }
 
@@ -95,28 +91,16 @@ private:
     UniqueFd m_file;
     struct stat m_info {};
     int m_saves = 0;
-    bool m_hasFailed = false;
     Json::Value m_records;
     std::unordered_map<std::uint64_t, int> m_positions;
 };
 
-UserDefineIndex& CurrentIndex()
-{
-    static UserDefineIndex& index = *new UserDefineIndex; // never destroyed: the process ends first
-    index.Refresh();
-    return index;
-}
-
 } // namespace
-
-bool standin::CanReadUserDefines()
-{
-    return !CurrentIndex().HasFailed();
-}
 
 int KALDTremolane::ReadUserDefineFromFile(Json::Value& out, int start, int tuner)
 {
-    UserDefineIndex const& index = CurrentIndex();
+    static UserDefineIndex& index = *new UserDefineIndex; // never destroyed: the process ends first
+    index.Refresh();
     int const position = index.Find(start, tuner);
     if (position >= 0) {
         out = index.At(position);
