@@ -70,13 +70,15 @@ else:
 
 
 def parse_answer(parameters, headers, body, log=()):
-    """The only way from an answer's text to an Answer, over CGI and over HTTP."""
+    """The only way from an answer's text to an Answer, over CGI and over HTTP. Without parameters
+    it is not one of this API."""
     assert body.endswith("\n") and body.count("\n") == 1 and body.isascii(), body
     document = json.loads(body)
     assert document["success"] == ("error" not in document), body
     code = document["error"]["code"] if "error" in document else None
     answer = Answer(code, document.get("data"), list(log), headers, document)
-    observe(parameters.get("method", ""), parameters, answer)
+    if parameters is not None:
+        observe(parameters.get("method", ""), parameters, answer)
     return answer
 
 
@@ -160,12 +162,13 @@ class Appliance:
                         zone=zone, under=under)
 
     def run(self, environment, parameters, body=b"", user="admin", now=NOW, zone="UTC", under=()):
-        """The same with any CGI environment; `parameters` are those that it stands for."""
+        """The same with any CGI environment; `parameters` are those that it stands for, None if
+        it is a request of another API."""
         run = self.launch({"REMOTE_USER": user} | environment, now, zone, under, input=body)
-        log = [re.sub(r"^schedule_recording\[\d+\]: ", "", line)
-               for line in run.stderr.decode().splitlines()]
+        lines = run.stderr.decode().splitlines()
+        log = [line.split("]: ", 1)[1] for line in lines if line.startswith(self.program.name)]
         assert run.returncode == 0, f"ends with {run.returncode}: {run.stderr.decode()}"
-        assert run.stderr.count(b"schedule_recording[") == len(log), run.stderr.decode()
+        assert len(log) == len(lines), run.stderr.decode()
         head, _, text = run.stdout.decode().partition("\r\n\r\n")
         headers = dict(line.split(": ", 1) for line in head.split("\r\n"))
         return parse_answer(parameters, headers, text, log)
