@@ -1,12 +1,12 @@
 /// @file Fuzz target: a whole request from any client, over stored files of any content. Whatever
 /// they hold, one well-formed answer comes, and a stored document never becomes a broken one.
-#include "fuzz/appliance.h"
+#include "frame/schedule_recording_api.h"
 #include "fuzz/fuzz_target.h"
 #include "platform/standin/json_reader.h"
 
 #include <json/value.h>
-
-#include <array>
+#include <sys/mman.h>
+#include <unistd.h>
 
 extern "C" int fsync(int /*fd*/)
 {
@@ -19,10 +19,31 @@ std::string const kFiles[] = {appliance::OneShotFile(0), appliance::RepeatFile(0
                               appliance::kUserDefineFile, appliance::kFolderList,
                               appliance::kPrivilegeFile};
 
-bool IsJson(std::string const& text)
+/// Puts a memory file with that text in the place of a descriptor.
+void Redirect(int descriptor, std::string const& text)
 {
-    Json::Value document;
-    return standin::ParseJson(text, document);
+    int const file = ::memfd_create("stream", 0);
+    Require(::write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size()));
+    ::lseek(file, 0, SEEK_SET);
+    ::dup2(file, descriptor);
+    ::close(file);
+}
+
+/// Runs a request, whose parts are the query string, the user, the HTTP method and a form; returns
+/// all that the program would print.
+std::string Answer(std::string const* parts)
+{
+    ::setenv("QUERY_STRING", parts[0].c_str(), 1);
+    ::setenv("REMOTE_USER", parts[1].c_str(), 1);
+    ::setenv("REQUEST_METHOD", parts[2].c_str(), 1);
+    ::setenv("CONTENT_TYPE", "application/x-www-form-urlencoded", 1);
+    ::setenv("CONTENT_LENGTH", std::to_string(parts[3].size()).c_str(), 1);
+    Redirect(STDIN_FILENO, parts[3]);
+    Redirect(STDOUT_FILENO, "");
+    ScheduleRecordingAPI().Run();
+    std::string answer(static_cast<std::size_t>(::lseek(STDOUT_FILENO, 0, SEEK_END)), '\0');
+    Require(::pread(STDOUT_FILENO, answer.data(), answer.size(), 0) >= 0);
+    return answer;
 }
 
 /// Headers, an empty line and one line of JSON.
@@ -40,17 +61,21 @@ void RequireAnswer(std::string const& answer)
 
 int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
 {
-    [[maybe_unused]] static bool const isLaid = (fuzz::LayAppliance(), true);
     constexpr std::size_t kParts = 4; // of the request
     std::vector<std::string> const texts = CutInput(data, size, kParts + std::size(kFiles));
-    fuzz::Put(appliance::kDaemonCommands, "");
+    Put(appliance::kPasswordFile, "admin:x:1024:100::/:\nviewer:x:1026:100::/:\n");
+    Put(appliance::kGroupFile, "administrators:x:101:admin\n");
+    Put(std::string(appliance::kVolumeFolder) + "/video/tv/x", "x");
+    Put(appliance::kDaemonCommands, "");
     for (std::size_t i = 0; i < std::size(kFiles); ++i) {
-        fuzz::Put(kFiles[i], texts[kParts + i]);
+        Put(kFiles[i], texts[kParts + i]);
     }
-    RequireAnswer(fuzz::Answer({texts[0], texts[1], texts[2], texts[3]}));
+    RequireAnswer(Answer(texts.data()));
     for (std::size_t i = 0; i < std::size(kFiles); ++i) {
-        std::string const text = fuzz::ContentOf(kFiles[i]);
-        Require(text == texts[kParts + i] || IsJson(text));
+        std::ifstream file(kFiles[i], std::ios::binary);
+        std::string const text(std::istreambuf_iterator<char>(file), {});
+        Json::Value document;
+        Require(text == texts[kParts + i] || standin::ParseJson(text, document));
     }
     return 0;
 }

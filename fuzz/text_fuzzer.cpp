@@ -1,6 +1,5 @@
 /// @file Fuzz target: the functions that take texts apart, each by itself.
 #include "frame/schedule_recording_api.h"
-#include "fuzz/appliance.h"
 #include "fuzz/fuzz_target.h"
 #include "kald/libc.h"
 #include "kald/web_api_util.h"
@@ -56,7 +55,7 @@ void TakeApart(std::string const& text, std::string const& other)
 
 void ReadSetting(std::string const& text, std::string const& key)
 {
-    fuzz::Put(appliance::kSettingsFile, text);
+    Put(appliance::kSettingsFile, text);
     char value[8] = "";
     int const length =
         KDLIBCFileGetKeyValue(appliance::kSettingsFile, key.c_str(), value, sizeof value, 0);

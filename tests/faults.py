@@ -10,9 +10,9 @@ def failing(calls, *paths, at="1+", error="EIO"):
 
 
 def unsaved(appliance, name):
-    """Fails every save of a file: its temporary file does not get the file's name."""
+    """Fails every save of a file, for want of room: its temporary file does not get its name."""
     path = appliance.path(name)
-    return failing("rename,renameat,renameat2", path, f"{path}.tmp")
+    return failing("rename,renameat2", path, f"{path}.tmp", error="ENOSPC")
 
 
 def daemon_fails(appliance, after):

@@ -11,8 +11,7 @@
 #include <string>
 
 /// A test that finds the appliance's folder without a file in it.
-class Tree : public testing::Test {
-protected:
+struct Tree : testing::Test {
     void SetUp() override { std::filesystem::remove_all(appliance::kRoot); }
 
     /// Makes the folders that are missing.
