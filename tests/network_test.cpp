@@ -1,5 +1,5 @@
 /// @file The external address: the guard, the probes, hosts and ports, URLs.
-#include "network/environment.h"
+#include "platform/environment.h"
 #include "network/host_port.h"
 #include "network/probes.h"
 #include "network/run_as_guard.h"
@@ -75,7 +75,7 @@ TEST_F(NetworkTest, GuardChangesTheIdsAndBack)
     Check([] {
         RunAsGuard const guard(7);
         seams::ids->calls += guard.Ok() ? "| " : "";
-        std::istringstream(Environment("UID")) >> seams::ids->uid; // what the block changes
+        std::istringstream(appliance::Environment("UID")) >> seams::ids->uid; // what the block changes
         return "";
     }, {{"", "g0 | g8 ", {}, {0, 8}}, {"", "u0 g0 u0 | g8 u9 ", {}, {9, 8}}, {"UID=9", "u0 g0 u0 | g8 ", {}, {9, 8}},
         {"", "u0 u0 | u9 ", {}, {9, 0}}, {"", "u0 " + in, {}, {9, 8, 1}}, {"", "u0 g0 " + in + "u9 ", {}, {9, 8, 2}},
