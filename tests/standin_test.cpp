@@ -64,7 +64,7 @@ TEST_F(StandinTest, ReadsWhatIsJsonAndLosesNothingOfIt)
         bool const loaded = WebUtils::LoadJsonFile(document, PathOf("/x").c_str());
         return loaded && WebUtils::SaveJsonFile(document, PathOf("/x").c_str()) ? Read("/x") : document.toStyledString();
     }, {{"\xEF\xBB\xBF{\"b\":1,\"a\":[{},null],\"b\":true}\n", "{\"a\":[{},null],\"b\":true}\n"}, {deep, deep + "\n"},
-        {R"({"\u0000a":"\ud83d\ude00\u0000","\u0000":"\/\t"})", "{\"\\u0000\":\"/\\t\",\"\\u0000a\":\"\xf0\x9f\x98\x80\\u0000\"}\n"},
+        {R"({"\u0000a":"\ud83d\ude00\u0000","\u0000":"\/\t"})", "{\"\\u0000\":\"/\\u0009\",\"\\u0000a\":\"\xf0\x9f\x98\x80\\u0000\"}\n"},
         {"[-0,1.50,1E2,-9223372036854775808,18446744073709551615]", "[0,1.5,100.0,-9223372036854775808,18446744073709551615]\n"},
         {"\"\xff\"", "\"\xff\"\n"}, {'[' + deep + ']', "null\n"}, {"[\"\t\"]", "null\n"}, {"[01]", "null\n"}, {"[1e999]", "null\n"}, {"[2e308]", "null\n"},
         {"[\"\\ud800\"]", "null\n"}, {"[NaN]", "null\n"}, {"['a']", "null\n"}, {"[\"\\x\"]", "null\n"}, {"", "null\n"},
