@@ -13,14 +13,6 @@
 
 namespace {
 
-/// The stages, which are not public.
-class Stages : public ScheduleRecordingAPI {
-public:
-    using ScheduleRecordingAPI::FillStartText;
-    using ScheduleRecordingAPI::FillStatus;
-    using ScheduleRecordingAPI::MergeSchedules;
-};
-
 int Range(benchmark::State const& state)
 {
     return static_cast<int>(state.range(0));
@@ -41,12 +33,11 @@ void BM_MergeSchedules(benchmark::State& state)
 {
     Json::Value const listed = Listed(Range(state));
     Json::Value repeat = MakeRepeatRecords(Range(state) / 10);
-    Stages stages;
     for (auto _ : state) {
         state.PauseTiming();
         Json::Value view = listed;
         state.ResumeTiming();
-        stages.MergeSchedules(view, repeat);
+        ScheduleRecordingAPI::MergeSchedules(view, repeat);
     }
     state.SetComplexityN(state.range(0));
 }
@@ -55,9 +46,8 @@ void BM_FillStatus(benchmark::State& state)
 {
     LayTree({0, 0, Range(state) / 10});
     Json::Value page = Listed(Range(state));
-    Stages stages;
     for (auto _ : state) {
-        stages.FillStatus(page, 0);
+        ScheduleRecordingAPI::FillStatus(page, 0);
     }
     state.SetComplexityN(state.range(0));
 }
@@ -65,9 +55,8 @@ void BM_FillStatus(benchmark::State& state)
 void BM_FillStartText(benchmark::State& state)
 {
     Json::Value page = Listed(Range(state));
-    Stages stages;
     for (auto _ : state) {
-        stages.FillStartText(page);
+        ScheduleRecordingAPI::FillStartText(page);
     }
     state.SetComplexityN(state.range(0));
 }

@@ -1,16 +1,13 @@
-/// @file Decimal texts of clients that nothing has tested.
+/// @file Numbers in texts of clients.
 #pragma once
 
+#include <cstdint>
 #include <cstdlib>
 
-/// The number at the front of a text as strtol reads it, 0 if there is none.
-inline long LeadingNumber(char const* text)
+/// Returns the decimal number at the start of a text, as strtoll() reads it; 0 if there is none.
+/// It has 64 bits on every processor. A caller that needs a name and no quantity, such as a tuner's
+/// number, narrows it.
+inline std::int64_t ParseNumberPrefix(char const* text)
 {
-    return std::strtol(text, nullptr, 10);
-}
-
-/// The same narrowed to 32 bits; for what is only a name, such as a tuner's number.
-inline int LeadingInt(char const* text)
-{
-    return static_cast<int>(LeadingNumber(text));
+    return std::strtoll(text, nullptr, 10);
 }

@@ -1,4 +1,4 @@
-/// @file The dispatcher, and what every method needs of the frame.
+/// @file The dispatcher, and what the methods share of the frame.
 #include "frame/schedule_recording_api.h"
 
 #include "frame/decimal.h"
@@ -59,7 +59,8 @@ bool ScheduleRecordingAPI::IsMethod(char const* name) const
 std::optional<int> ScheduleRecordingAPI::RequestTuner()
 {
     char const* const text = m_request.In("tuner", nullptr);
-    return text != nullptr ? std::optional(LeadingInt(text)) : std::nullopt;
+    return text != nullptr ? std::optional(static_cast<int>(ParseNumberPrefix(text)))
+                           : std::nullopt;
 }
 
 void ScheduleRecordingAPI::ReportLibraryError(Json::Value& out)
@@ -70,9 +71,9 @@ void ScheduleRecordingAPI::ReportLibraryError(Json::Value& out)
 
 bool ScheduleRecordingAPI::ReloadDaemon()
 {
-    bool const reloaded = KALDDTVDReloadSchedule();
-    if (!reloaded) {
+    bool const isReloaded = KALDDTVDReloadSchedule();
+    if (!isReloaded) {
         SetError(kErrorFailed);
     }
-    return reloaded;
+    return isReloaded;
 }

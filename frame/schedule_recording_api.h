@@ -1,4 +1,4 @@
-/// @file The endpoint's one concrete class: its methods and what they share.
+/// @file The endpoint's one concrete class: the twelve methods and what they share.
 #pragma once
 
 #include "frame/video_web_api.h"
@@ -6,189 +6,150 @@
 #include <json/value.h>
 
 #include <cstddef>
-#include <ctime>
 #include <optional>
-#include <set>
 #include <string>
 
-/// One request of the scheduled-recording API. A method reports failure by an error code; those
-/// that call each other also by their result. The user-defined methods re-enter the plain ones,
-/// which read their parameters through GetParam() and so need not know on whose behalf they run.
+/// One request of the scheduled-recording API.
+///
+/// Every method is a member operation, so that methods can call each other. The user-defined
+/// methods re-enter the plain ones, which read their parameters through GetParam() and therefore do
+/// not need to know on whose behalf they run. An operation reports a failure with SetError(); an
+/// operation that other methods call also returns a result for them.
 class ScheduleRecordingAPI : public Tremolane::VideoWebAPI {
 public:
     ScheduleRecordingAPI();
     ~ScheduleRecordingAPI() override;
 
-    /// Tests the privilege and runs the method that the request names.
+    /// Checks the privilege and runs the method that the request names. An unknown method does
+    /// nothing.
     void Process() override;
 
-protected:
-    // The listing: schedule/listing.
+    // The following operations use no request and no object.
 
-    /// Answers one page of a tuner's schedules, one-shot and repeat, in the order of their start.
-    /// Sends a response on every path.
+    /// Merges the records of the repeat file into `view["schedules"]`, which holds the one-shot
+    /// schedules or is null. The result is sorted by start time; of schedules with the same start
+    /// time the one that was read last comes first. `repeat` is an array or null and is only read.
+    static void MergeSchedules(Json::Value& view, Json::Value& repeat);
+
+    /// Moves elements of `view["schedules"]`, from index `start` on, to the end of
+    /// `page["schedules"]`. Moves `limit` elements, or one if `limit` is below 1; fewer if the view
+    /// ends before. Leaves the page untouched if there is no element at `start`.
+    static void SlicePage(Json::Value& view, Json::Value& page, int start, int limit);
+
+    /// Replaces the raw status of the page's schedules by the view status, and marks the schedules
+    /// that are user-defined.
+    static void FillStatus(Json::Value& page, int tuner);
+
+    /// Adds the local start time, as text, and the local weekday to the page's schedules.
+    static void FillStartText(Json::Value& page);
+
+    /// Removes the user-defined record of that start (epoch seconds) and tuner from its file.
+    /// Best-effort: it reports nothing.
+    static void RemoveUserDefineRecord(int start, int tuner);
+
+    /// Returns whether a folder for TV recordings exists on the appliance.
+    static bool HasRecordFolder();
+
+    /// Converts a local date ("YYYY-MM-DD") and time of day ("HH:MM") to epoch seconds. Only the
+    /// lengths are checked. Uses the daylight saving that is in force now, whatever the date.
+    /// Returns -1 if it cannot be converted.
+    static int DateTimeToEpoch(char const* date, char const* time);
+
+    /// Converts a length ("HH:MM") to seconds. Returns -1 if the text is none.
+    static int TimeTextToSeconds(char const* text);
+
+    /// Writes seconds as "HH:MM" and returns what snprintf() returns. Hours do not wrap at 24.
+    static int SecondsToTimeText(char* buffer, std::size_t size, int seconds);
+
+    /// Returns whether the local weekday of an epoch time is selected in a list of seven
+    /// comma-separated flags, Sunday first.
+    static bool IsWeekdaySelected(int time, char const* weekdays);
+
+protected:
+    // The twelve methods, in the order of the table in Process().
+
+    /// Answers one page of a tuner's schedules, one-shot and repeat. Sends a response on every
+    /// path, also after an error.
     void ListSchedule();
 
-    /// What ListSchedule() answers if there is something to list; leaves `response` null else.
-    void FillPage(Json::Value& response);
+    /// Answers the details of one repeat schedule.
+    void GetRepeatInfo();
 
-    /// Merges the repeat file's records into `view["schedules"]`, sorted by start time. `repeat` is
-    /// an array or null and is only read.
-    void MergeSchedules(Json::Value& view, Json::Value& repeat);
+    /// Answers the form of one user-defined schedule, or of a new one.
+    void GetUserDefineInfo();
 
-    /// Moves to `page["schedules"]` at most `limit` elements of `view["schedules"]` from index
-    /// `start` on, but one at least if there is one.
-    void SlicePage(Json::Value& view, Json::Value& page, int start, int limit);
-
-    /// Turns raw status numbers into view status numbers and marks user-defined schedules.
-    void FillStatus(Json::Value& page, int tuner);
-
-    /// Adds the local start time as text and the local weekday.
-    void FillStartText(Json::Value& page);
-
-    // One-shot and repeat schedules: schedule/plain.
-
-    /// Stores one or several one-shot schedules. True if all were stored and the daemon reloaded.
+    /// Stores one or several one-shot schedules. Returns true if all were stored and the daemon
+    /// reloaded.
     bool CreateSchedule();
 
-    /// Stores one schedule, or one for each piece of comma-separated `ids` and `starts`; false, and
-    /// the error set, if one was not stored. The others stay.
-    bool StoreSchedule(int tuner, std::string const& id, std::string const& start,
-                       std::string const& uid);
-    bool StoreSchedules(int tuner, std::string const& ids, std::string const& starts,
-                        std::string const& uid);
-
-    /// The uid, in decimal, under which a schedule of either kind would be stored; none, and the
-    /// error set, without a recording folder or a login user that has one.
-    std::optional<std::string> OneShotOwner();
-    std::optional<std::string> RepeatOwner();
-
-    /// The login user's uid in decimal; none, the failure logged under one of the line numbers and
-    /// the error set, without such a user or without its uid.
-    std::optional<std::string> LoginUidText(int lookupLine, int uidLine);
-
-    /// Deletes a one-shot schedule and stops its recording, or stops the tuner's recording. 0 after
-    /// a clean delete for `delete_userdefine`, else 1, also after a failure.
+    /// Deletes a one-shot schedule and stops its recording, or stops the tuner's recording. Returns
+    /// 0 after a success under `delete_userdefine`, whose caller reloads the daemon, and otherwise
+    /// 1, after a failure too.
     int DeleteSchedule();
-
-    /// Stops whatever the tuner records; false, and the error set, if that fails.
-    bool StopTuner(int tuner);
-
-    /// Removes one schedule from the store and stops its recording; false, and the error set, at
-    /// the first step that fails.
-    bool RemoveSchedule(int tuner, std::string const& start, std::string const& channelId);
 
     /// Deletes a tuner's one-shot schedules that have ended.
     void DeletePassedSchedule();
 
-    /// Stores a repeat schedule. True if it was stored, also if the daemon did not reload then.
+    /// Stores a repeat schedule. Returns true if it was stored, even if the daemon did not reload.
     bool CreateRepeatSchedule();
 
     /// Changes the days and the end of a repeat schedule.
     void EditRepeatSchedule();
 
-    /// Rewrites a tuner's repeat file without the named schedules. True if it was saved.
+    /// Rewrites a tuner's repeat file without the named schedules. Returns true if it was saved.
     bool DeleteRepeatSchedule();
 
-    /// Answers one repeat schedule.
-    void GetRepeatInfo();
-
-    // User-defined schedules: schedule/userdefine.
-
-    /// Stores a schedule together with its user-defined record. True if the schedule was stored.
+    /// Stores a schedule together with its user-defined record. Returns true if the schedule was
+    /// stored.
     bool CreateUserDefine();
 
-    /// Runs the plain create for the schedule of a record that was just saved.
-    bool StoreUserDefine(bool isRepeat);
-
-    /// Writes the record of the schedule that the parameters describe, in the place of one with the
-    /// same start and tuner. Its start in epoch seconds; -1 if it could not be saved. Without a
-    /// tuner or with a start below 1 nothing is saved either, and the start is what it came to.
-    int SaveUserDefineRecord();
-
-    /// Fills a record, but its tuner, from the parameters; false if one is missing or unusable.
-    bool DescribeUserDefine(Json::Value& record);
-
-    /// Takes the record of that start and tuner, or those of several starts, out of the file.
-    void RemoveUserDefineRecord(int start, int tuner);
-    void RemoveUserDefineRecords(std::set<int> const& starts, int tuner);
-
-    /// Replaces a user-defined schedule by another one, if the new times are free; if the new one
-    /// cannot be stored, the old one is put back.
+    /// Replaces a user-defined schedule by another one if the new times are free. If the new one
+    /// cannot be stored, the old one is restored.
     void EditUserDefine();
 
-    /// The two schedule files of a tuner while an edit works on them.
-    struct StoredSchedules;
-
-    /// The new schedule of an edit, and by what the old one is found.
-    struct UserDefineEdit;
-
-    /// The stages of an edit. False ends the edit; CanStore() and SaveRemainingOneShots() have then
-    /// set the error. Nothing is changed on disk before SaveRemainingOneShots().
-    bool ValidateEdit(UserDefineEdit& edit);
-    void ExcludeOldSchedule(StoredSchedules& stored);
-    bool HasNoOverlap(UserDefineEdit const& edit, StoredSchedules& stored);
-    bool SaveRemainingOneShots(int tuner, StoredSchedules& stored);
-    void DeleteOldThenCreateNew();
-
-    /// Tests what would fail the new create and the restore of the old schedule alike, so that such
-    /// a failure does not cost the old schedule.
-    bool CanStore(UserDefineEdit const& edit, StoredSchedules const& stored);
-
-    /// Deletes user-defined schedules and their records: those that the client names, or, for an
+    /// Deletes user-defined schedules and their records: those that the client names or, in an
     /// edit, the old one.
     void DeleteUserDefine();
-    void DeleteNamedUserDefines();
-    void DeleteOldUserDefine();
 
-    /// Deletes the schedule of `m_userDefineRecord` through the plain method of its kind. In an
-    /// edit false says that its record must stay; a list of deletes does not look at it.
-    bool DeleteRecordedSchedule();
+    // What the methods share.
 
-    /// Answers one user-defined schedule, or the defaults of a new one.
-    void GetUserDefineInfo();
-
-    /// The client's form filled from a record; `now` is epoch seconds.
-    Json::Value StoredScheduleInfo(Json::Value const& record, std::time_t now);
-
-    // Shared by the methods: frame, schedule/data.
-
-    /// The text of a parameter at the stage at which the request stands: the request's own, one
-    /// converted from it, or a field of `m_userDefineRecord`. What is served in the place of the
-    /// request's text is found without regard to the key's case.
+    /// Returns the text of a parameter at the stage at which the request stands: the request's own
+    /// text, a value converted from it, or a field of `m_userDefineRecord`. `fallback` is returned
+    /// for a parameter that the request lacks.
     std::string GetParam(char const* key, char const* fallback);
 
-    /// Whether the request's method is `name`, in any case of letters.
+    /// Compares the name of the request's method, case-insensitively.
     bool IsMethod(char const* name) const;
 
-    /// The request's `tuner`, 0 if its text is no number; none if it is absent.
+    /// Returns the request's `tuner`: 0 if its text is no number, none if it is absent.
     std::optional<int> RequestTuner();
 
-    /// Sets the error of a failed call into the recording service, from the `errno` in `out`.
+    /// Sets the error of a failed call into the recording service from the `errno` in `out`.
     void ReportLibraryError(Json::Value& out);
 
-    /// Makes the daemon read the schedules again; false, and the error set, if that fails.
+    /// Tells the daemon to read the schedules again. On false the error is set.
     bool ReloadDaemon();
 
-    /// Whether a folder for TV recordings exists.
-    bool HasRecordFolder();
+    /// Checks what storing a schedule requires: a recording folder and a login user with a uid.
+    /// Returns the uid in decimal; on failure returns none, with the error set.
+    std::optional<std::string> CheckCanStore(bool isRepeat);
 
-    /// A local date (10 characters, Y-M-D) and time of day (5 characters, H:M) as epoch seconds,
-    /// read with the daylight saving of the present moment; -1 if it cannot be converted.
-    int DateTimeToEpoch(char const* date, char const* time);
+    /// Saves the record of the schedule that the parameters describe; it replaces a record of the
+    /// same start and tuner. Returns its start in epoch seconds, or -1 if it could not be saved.
+    /// Without a tuner, or with a start below 1, nothing is saved either, and the start is
+    /// returned.
+    int SaveUserDefineRecord();
 
-    /// A length of 5 characters, H:M, in seconds; -1 if it is none.
-    int TimeTextToSeconds(char const* text);
+    /// The stage of an edit that changes the stores: deletes the old schedule and creates the new
+    /// one, or restores the old one.
+    void DeleteOldThenCreateNew();
 
-    /// Writes seconds as hours and minutes; returns what snprintf returns.
-    int SecondsToTimeText(char* buffer, std::size_t size, int seconds);
+    /// Deletes the schedule of `m_userDefineRecord` through the plain method of its kind. Returns
+    /// false if an edit must keep the record.
+    bool DeleteRecordedSchedule();
 
-    /// Whether the local weekday of an epoch time is selected in a list of seven flags, Sunday
-    /// first.
-    bool IsWeekdaySelected(int time, char const* weekdays);
-
-    // The stage of a user-defined method: see GetParam().
-    bool m_restoreOld = false;      ///< the old schedule is being put back from its record
+    // The stage of a user-defined method; see GetParam().
+    bool m_restoreOld = false;      ///< the old schedule is being restored from its record
     bool m_deleteOld = false;       ///< a schedule is being deleted by its record
     bool m_innerCreate = false;     ///< a plain create runs for a user-defined one
     Json::Value m_userDefineRecord; ///< the stored record in work; null before one is read

@@ -2,9 +2,9 @@
 #include "network/host_port.h"
 
 #include "kald/libc.h"
-#include "network/environment.h"
 #include "network/probes.h"
 #include "platform/appliance_paths.h"
+#include "platform/environment.h"
 
 #include <strings.h>
 
@@ -16,6 +16,8 @@
 namespace Tremolane::network_utils {
 
 namespace {
+
+using appliance::Environment;
 
 /// The longest host, and the longest port, that is kept.
 constexpr std::size_t kMaxPart = 4095;

@@ -1,14 +1,16 @@
 /// @file URLs put together from host, port and path.
 #include "network/request_url.h"
 
-#include "network/environment.h"
 #include "network/host_port.h"
+#include "platform/environment.h"
 
 #include <cstdlib>
 
 namespace Tremolane::network_utils {
 
 namespace {
+
+using appliance::Environment;
 
 /// Drops the line end that a name from the relay tool has, which no URL may hold (RFC 3986).
 void TrimLineEnd(std::string& host)

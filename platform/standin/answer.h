@@ -5,13 +5,12 @@
 
 namespace standin {
 
-/// Writes headers and body: an object of `success`, the first of the recorded `errors` (an array or
-/// null) and the `response` (moved out; null for none), as JSON in ASCII; broken UTF-8 shows as
-/// U+FFFD. False with errno set if not all of it was written. What it throws, it throws before it
-/// writes.
+/// Writes headers and body. The body is an object of `success`, the first of the recorded `errors`
+/// (an array or null) and the `response` (moved out; null for none). Returns false with errno set
+/// if not all of it was written. It can run out of memory only before anything is written.
 bool SendAnswer(int fd, Json::Value const& errors, Json::Value& response);
 
-/// Writes the answer of a request that failed and has no data; takes hardly any memory.
+/// Writes the answer of a request that failed without data. Needs hardly any memory.
 bool SendFailure(int fd, int code);
 
 } // namespace standin

@@ -1,54 +1,32 @@
-/// @file JSON documents in files, and as the lines that are saved.
+/// @file Loading and replacing JSON documents.
 #include "platform/standin/documents.h"
 
 #include "kald/web_utils.h"
 #include "platform/standin/files.h"
-#include "platform/standin/heap.h"
+#include "platform/standin/json_writer.h"
 #include "platform/standin/transaction.h"
-
-#include <json/writer.h>
 
 #include <cerrno>
 #include <utility>
 
 namespace standin {
 
-namespace {
-
-constexpr std::size_t kMemoryPerByte = 6; ///< of a store: its text, its records, work on them
-
-/// The document in one line, its texts as UTF-8, with a line end.
-std::string RenderLine(Json::Value const& document)
-{
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "";
-    builder["commentStyle"] = "None";
-    builder["emitUTF8"] = true;
-    return Json::writeString(builder, document) + '\n';
-}
-
-} // namespace
-
 Load LoadDocument(std::string const& path, Json::Value& document, ElementHook const& hook)
 {
     document = Json::Value();
     UniqueFd const fd = OpenRegularFile(path.c_str());
     if (!fd) {
-        return errno == ENOENT || errno == ENOTDIR ? Load::kMissing : Load::kBroken;
+        return errno == ENOENT || errno == ENOTDIR ? Load::kMissing : Load::kUnreadable;
     }
-    return ReadDocument(fd.Get(), document, hook) ? Load::kLoaded : Load::kBroken;
-}
-
-bool ReadDocument(int fd, Json::Value& document, ElementHook const& hook)
-{
-    PrepareHeap(SizeOf(fd) * kMemoryPerByte);
     std::string text;
-    return ReadToEnd(fd, text) && ParseJson(std::move(text), document, hook);
+    bool const isLoaded = ReadToEnd(fd.Get(), text) && ParseJson(std::move(text), document, hook);
+    return isLoaded ? Load::kLoaded : Load::kUnreadable;
 }
 
 bool ReplaceFile(std::string const& path, Json::Value const& document)
 {
-    return Transaction::KeepOldVersion(path) && WriteWholeFile(path, RenderLine(document));
+    return Transaction::KeepOldVersion(path) &&
+           WriteWholeFile(path, RenderJson(document, Charset::kUtf8) + '\n');
 }
 
 } // namespace standin

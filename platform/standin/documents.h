@@ -1,4 +1,4 @@
-/// @file JSON documents (RFC 8259) in files, and as the lines that are saved.
+/// @file JSON documents (RFC 8259) in files.
 #pragma once
 
 #include "platform/standin/json_reader.h"
@@ -9,21 +9,18 @@
 
 namespace standin {
 
-/// What became of a load.
+/// The result of loading a file.
 enum class Load {
-    kLoaded,  ///< the document stands in the value
-    kMissing, ///< there is no such file
-    kBroken,  ///< the file cannot be read, or is no JSON
+    kLoaded,
+    kMissing,    ///< there is no such file
+    kUnreadable, ///< the file cannot be read, or is not JSON
 };
 
-/// Loads a JSON file; `document` is null unless it was loaded. `hook` is called as by ParseJson().
+/// Loads a JSON file. `document` is null unless it was loaded. `hook` is called as by ParseJson().
 Load LoadDocument(std::string const& path, Json::Value& document, ElementHook const& hook = {});
 
-/// The same from an open file, into a null `document`; false unless it was loaded.
-bool ReadDocument(int fd, Json::Value& document, ElementHook const& hook = {});
-
-/// Replaces a file by a document in one line, its texts as UTF-8, within the transaction in
-/// progress; see WriteWholeFile().
+/// Replaces a file by a document in one line, as part of the transaction in progress. Texts are
+/// written as UTF-8. See WriteWholeFile() for what a failure leaves.
 bool ReplaceFile(std::string const& path, Json::Value const& document);
 
 } // namespace standin

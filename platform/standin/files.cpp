@@ -23,6 +23,13 @@ std::string TemporaryOf(std::string const& path)
     return path + ".tmp";
 }
 
+/// Returns the size of an open file in bytes; 0 if it cannot be told.
+std::size_t SizeOf(int fd)
+{
+    struct stat info {};
+    return ::fstat(fd, &info) == 0 && info.st_size > 0 ? static_cast<std::size_t>(info.st_size) : 0;
+}
+
 /// Opens the temporary file of a replacement, which is a new file: one that a killed process has
 /// left is deleted, and neither a link is followed nor a file of another user written to.
 UniqueFd OpenTemporary(std::string const& path)
@@ -92,12 +99,6 @@ UniqueFd OpenRegularFile(char const* path)
         return UniqueFd();
     }
     return fd;
-}
-
-std::size_t SizeOf(int fd)
-{
-    struct stat info {};
-    return ::fstat(fd, &info) == 0 && info.st_size > 0 ? static_cast<std::size_t>(info.st_size) : 0;
 }
 
 bool ReadToEnd(int fd, std::string& text)

@@ -12,9 +12,6 @@ namespace standin {
 /// Opens a regular file for reading; none, with errno set, if that fails. Never waits for a FIFO.
 UniqueFd OpenRegularFile(char const* path);
 
-/// The size of an open file in bytes; 0 if it cannot be told.
-std::size_t SizeOf(int fd);
-
 /// Reads from `fd` to its end, after what `text` already holds. False with errno set on an error.
 bool ReadToEnd(int fd, std::string& text);
 

@@ -1,4 +1,4 @@
-/// @file RapidJSON's reader, building jsoncpp's documents.
+/// @file RapidJSON's reader, which builds jsoncpp's documents.
 #include "platform/standin/json_reader.h"
 
 #include <rapidjson/reader.h>
@@ -6,11 +6,9 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <system_error>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -21,23 +19,6 @@ namespace {
 constexpr std::size_t kMaxDepth = 1000;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF"; ///< some editors begin a file with it
 
-struct NameHash : std::hash<std::string_view> {
-    using is_transparent = void;
-};
-
-/// A copy of a name for the whole process. Thousands of records have the same few names; one copy
-/// for each member is a quarter of a document's memory.
-Json::StaticString SharedName(std::string_view name)
-{
-    using Names = std::unordered_set<std::string, NameHash, std::equal_to<>>;
-    static Names& names = *new Names; // outlives every document
-    auto found = names.find(name);
-    if (found == names.end()) {
-        found = names.emplace(name).first;
-    }
-    return Json::StaticString(found->c_str());
-}
-
 template <class Number>
 bool IsRead(char const* begin, char const* end, Number& value)
 {
@@ -45,8 +26,8 @@ bool IsRead(char const* begin, char const* end, Number& value)
     return error == std::errc() && last == end;
 }
 
-/// The number of a text that is one: an integer if it is written as one and fits, else a double;
-/// null if it is beyond what a double holds. What follows the text is no part of a number.
+/// Converts the text of a number: to an integer if it is written as one and fits, otherwise to a
+/// double. Returns null if it is beyond the range of a double.
 Json::Value NumberOf(char const* begin, char const* end)
 {
     Json::LargestInt integer = 0;
@@ -61,7 +42,7 @@ Json::Value NumberOf(char const* begin, char const* end)
     return std::isfinite(real) ? Json::Value(real) : Json::Value();
 }
 
-/// What RapidJSON's reader calls in the order of the text; false ends it.
+/// Receives the events of RapidJSON's reader, in the order of the text. False ends the reading.
 class DocumentBuilder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, DocumentBuilder> {
 public:
     DocumentBuilder(Json::Value& document, ElementHook const& hook)
@@ -90,15 +71,12 @@ public:
 
     bool Key(char const* text, rapidjson::SizeType length, bool /*isTransient*/)
     {
-        std::string_view const name(text, length);
-        bool const hasNul = name.find('\0') != std::string_view::npos; // a shared name ends there
-        m_member = hasNul ? m_open.back()->demand(text, text + length)
-                          : &(*m_open.back())[SharedName(name)];
+        m_member = m_open.back()->demand(text, text + length);
         return true;
     }
 
 private:
-    /// Where the next value stands: the document, the last named member, or behind an array's end.
+    /// Returns the place of the next value: the document, the last named member, or a new element.
     Json::Value& Slot()
     {
         bool const isElement = !m_open.empty() && m_open.back()->isArray();
@@ -140,7 +118,8 @@ private:
         }
     }
 
-    std::vector<Json::Value*> m_open; ///< the arrays and objects around here, outermost first
+    std::vector<Json::Value*>
+        m_open; ///< the arrays and objects that are not complete, outermost first
     Json::Value* m_member;
     ElementHook const& m_hook;
 };
@@ -151,12 +130,13 @@ bool ParseJson(std::string text, Json::Value& document, ElementHook const& hook)
 {
     document = Json::Value();
     if (text.find('\0') != std::string::npos) {
-        return false; // the reader would take it for the end, and a save would drop the rest
+        return false; // the reader would take it for the end, and a save would lose the rest
     }
     std::size_t const begin = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
     rapidjson::InsituStringStream stream(&text[begin]);
     DocumentBuilder builder(document, hook);
-    // Numbers come as they stand: then it takes no memory of its own, which it would not test for.
+    // Numbers are passed on as text. Otherwise the reader allocates memory without checking for
+    // failure.
     constexpr unsigned kFlags = rapidjson::kParseInsituFlag | rapidjson::kParseNumbersAsStringsFlag;
     if (!rapidjson::Reader().Parse<kFlags>(stream, builder)) {
         document = Json::Value();

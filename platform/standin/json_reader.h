@@ -1,4 +1,4 @@
-/// @file JSON text (RFC 8259) into documents.
+/// @file Documents from JSON text (RFC 8259).
 #pragma once
 
 #include <json/value.h>
@@ -8,17 +8,18 @@
 
 namespace standin {
 
-/// What is done to each element of a document that is an array as soon as the element is complete,
-/// while it is still in the processor's cache and the memory that it gives up serves the next one.
+/// Called for each element of a document that is an array, as soon as the element is complete. It
+/// may change the element; memory that it frees is used again for the next one.
 using ElementHook = std::function<void(Json::Value& element)>;
 
-/// Parses exactly one JSON text. False, and `document` null, on anything else, on a NUL, on a
-/// number whose exponent no double has, and on more than a thousand levels: who walks a document
-/// recurses as deep as it is. Takes the text over, because strings are decoded where they stand.
-/// Bytes that are no UTF-8 stay as they are, and of members with one name the last counts.
+/// Parses exactly one JSON text, optionally after a byte order mark. Returns false, with `document`
+/// null, for anything else: also for a NUL, a number beyond the range of a double, and more than
+/// 1,000 levels, because whoever visits a document recurses as deep as it is. Takes the text over
+/// and decodes strings in place. Bytes that are not UTF-8 are kept. Of several members with the
+/// same name the last one wins.
 ///
-/// RapidJSON reads and jsoncpp's documents hold: jsoncpp's own reader takes more than the RFC has,
-/// twice the time, and a copy of its name for each member.
+/// RapidJSON reads because jsoncpp's own reader accepts more than the RFC, and takes twice the
+/// time.
 bool ParseJson(std::string text, Json::Value& document, ElementHook const& hook = {});
 
 } // namespace standin

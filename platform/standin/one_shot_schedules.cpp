@@ -1,9 +1,10 @@
-/// @file The one-shot schedules of a tuner.
+/// @file The store operations on the one-shot schedules of a tuner.
 #include "platform/appliance_paths.h"
 #include "platform/record_members.h"
 #include "platform/records.h"
+#include "platform/schedule_status.h"
 #include "platform/standin/record_store.h"
-#include "platform/standin/unique_id.h"
+#include "platform/standin/schedule_key.h"
 #include "tremolane/recording_service.h"
 
 #include <algorithm>
@@ -21,15 +22,15 @@ namespace KALDTremolane {
 namespace {
 
 using namespace appliance;
+using standin::ChangeRecords;
 using standin::ScheduleKey;
-
-constexpr int kStatusWaiting = 4;
+using standin::SetErrno;
 
 std::string_view const kListed[] = {member::kStartTime.c_str(),   member::kChannelName.c_str(),
                                     member::kDescription.c_str(), member::kDuration.c_str(),
                                     member::kStatus.c_str(),      member::kTitle.c_str()};
 
-/// The member of that name, which goes; null if there is none.
+/// Removes a member and returns its value; null if there is none.
 Json::Value Take(Json::Value& record, Json::StaticString const& name)
 {
     Json::Value value;
@@ -52,8 +53,8 @@ void DropUnlisted(Json::Value& record)
     }
 }
 
-/// Turns a stored record into what is listed of it, where it stands: a list of its own would be as
-/// large as the store once more.
+/// Turns a stored record into its entry in the list, in place: a second document would need as much
+/// memory as the store again.
 void ToListEntry(Json::Value& record)
 {
     std::string id = AsText(Take(record, member::kServiceId)); // stored as a number or as text
@@ -84,7 +85,7 @@ bool Matches(Json::Value const& record, ScheduleKey const& key)
 
 Json::Value NewRecord(ScheduleKey const& key, int tuner, char const* uid)
 {
-    standin::Details details = standin::DetailsOf(key.start, tuner);
+    standin::UserDefinedDetails details = standin::FindUserDefinedDetails(key.start, tuner);
     Json::Value record(Json::objectValue);
     record[member::kStartTime] = key.start;
     record[member::kServiceId] = key.service;
@@ -105,7 +106,7 @@ Json::Value NewRecord(ScheduleKey const& key, int tuner, char const* uid)
 bool GetSchedule(Json::Value& out, int tuner)
 {
     Json::Value records;
-    bool hasStrays = false; // elements that are no records
+    bool hasStrays = false;
     int const error = standin::LoadRecords(OneShotFile(tuner), records, [&](Json::Value& record) {
         if (record.isObject()) {
             ToListEntry(record);
@@ -113,7 +114,7 @@ bool GetSchedule(Json::Value& out, int tuner)
             hasStrays = true;
         }
     });
-    if (!standin::Answer(out, error)) {
+    if (!SetErrno(out, error)) {
         return false;
     }
     if (hasStrays) {
@@ -128,31 +129,28 @@ bool AddSchedule(Json::Value& out, int tuner, std::string id, std::string start,
 {
     auto const key = standin::ParseKey(id, start);
     if (!key) {
-        return standin::Answer(out, EINVAL);
+        return SetErrno(out, EINVAL);
     }
-    return standin::Answer(out,
-                           standin::ChangeRecords(OneShotFile(tuner), [&](Json::Value& records) {
-                               for (Json::Value const& record : records) {
-                                   if (Matches(record, *key)) {
-                                       return EEXIST;
-                                   }
-                               }
-                               records.append(NewRecord(*key, tuner, uid));
-                               return 0;
-                           }));
+    return ChangeRecords(out, OneShotFile(tuner), [&](Json::Value& records) {
+        auto const matches = [&key](Json::Value const& record) { return Matches(record, *key); };
+        if (std::any_of(records.begin(), records.end(), matches)) {
+            return EEXIST;
+        }
+        records.append(NewRecord(*key, tuner, uid));
+        return 0;
+    });
 }
 
 bool DelSchedule(Json::Value& out, int tuner, char const* channelId, char const* start)
 {
     auto const key = standin::ParseKey(channelId, start);
     if (!key) {
-        return standin::Answer(out, EINVAL);
+        return SetErrno(out, EINVAL);
     }
-    auto const isDropped = [&key](Json::Value const& record) { return Matches(record, *key); };
-    return standin::Answer(out,
-                           standin::ChangeRecords(OneShotFile(tuner), [&](Json::Value& records) {
-                               return DropRecords(records, isDropped) ? 0 : ENOENT;
-                           }));
+    return ChangeRecords(out, OneShotFile(tuner), [&](Json::Value& records) {
+        auto const matches = [&key](Json::Value const& record) { return Matches(record, *key); };
+        return DropRecords(records, matches) ? 0 : ENOENT;
+    });
 }
 
 bool ScheduleDeletePass(Json::Value& out, int tuner)
@@ -162,10 +160,9 @@ bool ScheduleDeletePass(Json::Value& out, int tuner)
         Json::Value const& start = MemberOf(record, member::kStartTime);
         return start.isInt() && std::int64_t{start.asInt()} + standin::DurationOf(record) <= now;
     };
-    return standin::Answer(out,
-                           standin::ChangeRecords(OneShotFile(tuner), [&](Json::Value& records) {
-                               return DropRecords(records, isPassed) ? 0 : standin::kUnchanged;
-                           }));
+    return ChangeRecords(out, OneShotFile(tuner), [&](Json::Value& records) {
+        return DropRecords(records, isPassed) ? 0 : standin::kUnchanged;
+    });
 }
 
 std::string GetFullPath(std::string const& share, std::string const& subpath)

@@ -1,4 +1,4 @@
-/// @file Stores of schedule records over JSON files.
+/// @file Stores of schedule records.
 #include "platform/standin/record_store.h"
 
 #include "platform/record_members.h"
@@ -7,27 +7,14 @@
 #include "tremolane/recording_service.h"
 
 #include <cerrno>
-#include <utility>
 
 namespace standin {
 
-namespace {
-
 using namespace appliance;
-
-constexpr int kDefaultDuration = 1800;
-
-constexpr int kWebApiErrorFailed = 100;
-struct ErrorCode {
-    int error, code;
-};
-constexpr ErrorCode kErrorCodes[] = {{EINVAL, 101}, {EEXIST, 401}, {ENOENT, 402}, {EIO, 403}};
-
-} // namespace
 
 int LoadRecords(std::string const& path, Json::Value& records, ElementHook const& hook)
 {
-    if (LoadDocument(path, records, hook) == Load::kBroken) {
+    if (LoadDocument(path, records, hook) == Load::kUnreadable) {
         return EIO;
     }
     if (records.isNull()) {
@@ -36,20 +23,21 @@ int LoadRecords(std::string const& path, Json::Value& records, ElementHook const
     return records.isArray() ? 0 : EIO;
 }
 
-int ChangeRecords(std::string const& path, std::function<int(Json::Value& records)> const& change)
+bool ChangeRecords(Json::Value& out, std::string const& path,
+                   std::function<int(Json::Value& records)> const& change)
 {
     Json::Value records;
     int error = LoadRecords(path, records);
     if (error == 0) {
         error = change(records);
     }
-    if (error == kUnchanged) {
-        return 0;
+    if (error == 0 && !ReplaceFile(path, records)) {
+        error = EIO;
     }
-    return error == 0 && !ReplaceFile(path, records) ? EIO : error;
+    return SetErrno(out, error == kUnchanged ? 0 : error);
 }
 
-bool Answer(Json::Value& out, int error)
+bool SetErrno(Json::Value& out, int error)
 {
     out = Json::Value();
     if (error != 0) {
@@ -60,11 +48,12 @@ bool Answer(Json::Value& out, int error)
 
 int DurationOf(Json::Value const& record)
 {
+    constexpr int kDefaultDuration = 1800;
     int const duration = IntOf(record, member::kDuration);
     return duration > 0 ? duration : kDefaultDuration;
 }
 
-Details DetailsOf(int start, int tuner)
+UserDefinedDetails FindUserDefinedDetails(int start, int tuner)
 {
     Json::Value record;
     KALDTremolane::ReadUserDefineFromFile(record, start, tuner);
@@ -76,10 +65,16 @@ Details DetailsOf(int start, int tuner)
 
 int MappErrorCode(int error)
 {
-    for (auto const& known : standin::kErrorCodes) {
-        if (known.error == error) {
-            return known.code;
-        }
+    switch (error) {
+    case EINVAL:
+        return 101;
+    case EEXIST:
+        return 401;
+    case ENOENT:
+        return 402;
+    case EIO:
+        return 403;
+    default:
+        return 100;
     }
-    return standin::kWebApiErrorFailed;
 }

@@ -1,4 +1,4 @@
-/// @file A file of schedule records: loaded, changed, saved.
+/// @file Stores of schedule records: one JSON file for each kind and tuner.
 #pragma once
 
 #include "platform/standin/json_reader.h"
@@ -10,30 +10,32 @@
 
 namespace standin {
 
-/// Loads a store; 0 and an array, empty if there is no file or it holds null, or EIO. `hook` is
-/// called for each record as by ParseJson().
+/// Loads a store. Returns 0 and an array, which is empty if there is no file or it holds null;
+/// otherwise EIO. `hook` is called for each element as by ParseJson().
 int LoadRecords(std::string const& path, Json::Value& records, ElementHook const& hook = {});
 
-/// Changes a store. `change` edits the records and
-/// answers 0 to have them saved, kUnchanged to leave the file alone, or an errno that ends it.
-/// Returns 0 or an errno.
-int ChangeRecords(std::string const& path, std::function<int(Json::Value& records)> const& change);
+/// Changes a store. `change` edits the records and returns 0 to have them saved, kUnchanged to
+/// leave the file alone, or an errno. Returns the result of the store operation; see SetErrno().
+bool ChangeRecords(Json::Value& out, std::string const& path,
+                   std::function<int(Json::Value& records)> const& change);
 inline constexpr int kUnchanged = -1;
 
-/// Turns an errno into a store operation's answer: true for 0, else false and `errno` in `out`.
-bool Answer(Json::Value& out, int error);
+/// Turns an errno into the result of a store operation: true for 0, otherwise false with the errno
+/// as a member of `out`.
+bool SetErrno(Json::Value& out, int error);
 
-/// The length of a record's recording in seconds: half an hour if it stores no positive one.
+/// Returns the length of a record's recording in seconds: half an hour if it stores no positive
+/// one.
 int DurationOf(Json::Value const& record);
 
-/// What a stored schedule shows beside its channel and start.
-struct Details {
+/// What a user-defined record gives to the schedule of its start and tuner.
+struct UserDefinedDetails {
     Json::Value channelName, title, description;
     int duration; ///< seconds
 };
 
-/// The texts and the length of an added schedule: those of the user-defined record of its start and
-/// tuner, else empty texts and half an hour.
-Details DetailsOf(int start, int tuner);
+/// Looks up the details of an added schedule. Without a user-defined record of its start and tuner
+/// the texts are empty and the duration is half an hour.
+UserDefinedDetails FindUserDefinedDetails(int start, int tuner);
 
 } // namespace standin

@@ -1,23 +1,27 @@
-/// @file The repeat schedules of a tuner: rules from which the daemon makes one-shot schedules.
+/// @file The store operations on the repeat schedules of a tuner, from which the daemon generates
+/// one-shot schedules.
 #include "platform/appliance_paths.h"
 #include "platform/record_members.h"
 #include "platform/records.h"
+#include "platform/schedule_status.h"
 #include "platform/standin/local_calendar.h"
 #include "platform/standin/record_store.h"
-#include "platform/standin/unique_id.h"
+#include "platform/standin/schedule_key.h"
 #include "tremolane/recording_service.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 
 namespace KALDTremolane {
 
 namespace {
 
 using namespace appliance;
+using standin::ChangeRecords;
 using standin::ScheduleKey;
+using standin::SetErrno;
 
-constexpr int kStatusRepeat = 19;
 constexpr int kDaysOfWeek = 7;
 constexpr int kDaysOfYear = 366;
 
@@ -34,7 +38,8 @@ std::string DateText(int start)
     return {text, std::strftime(text, sizeof text, "%Y-%m-%d", &local)};
 }
 
-void SetRule(Json::Value& record, bool isWeekly, char const* weekdayStatus, char const* endDate)
+void SetRecurrence(Json::Value& record, bool isWeekly, char const* weekdayStatus,
+                   char const* endDate)
 {
     record[member::kIsWeekly] = isWeekly;
     record[member::kWeekdayStatus] = weekdayStatus;
@@ -43,7 +48,7 @@ void SetRule(Json::Value& record, bool isWeekly, char const* weekdayStatus, char
 
 Json::Value NewRecord(ScheduleKey const& key, int tuner, char const* uid)
 {
-    standin::Details details = standin::DetailsOf(key.start, tuner);
+    standin::UserDefinedDetails details = standin::FindUserDefinedDetails(key.start, tuner);
     Json::Value record(Json::objectValue);
     record[member::kId] = key.service;
     if (key.frequency) {
@@ -61,7 +66,7 @@ Json::Value NewRecord(ScheduleKey const& key, int tuner, char const* uid)
     return record;
 }
 
-/// The stored record of a key, or null.
+/// Finds the stored record of a key; null if there is none.
 Json::Value* Find(Json::Value& records, ScheduleKey const& key)
 {
     for (Json::Value& record : records) {
@@ -80,18 +85,17 @@ bool AddRepeatSchedule(Json::Value& out, int tuner, std::string const& id, char 
 {
     auto const key = standin::ParseKey(id, start);
     if (!key) {
-        return standin::Answer(out, EINVAL);
+        return SetErrno(out, EINVAL);
     }
-    return standin::Answer(out,
-                           standin::ChangeRecords(RepeatFile(tuner), [&](Json::Value& records) {
-                               if (Find(records, *key) != nullptr) {
-                                   return EEXIST;
-                               }
-                               Json::Value record = NewRecord(*key, tuner, uid);
-                               SetRule(record, isWeekly, weekdayStatus, endDate);
-                               records.append(std::move(record));
-                               return 0;
-                           }));
+    return ChangeRecords(out, RepeatFile(tuner), [&](Json::Value& records) {
+        if (Find(records, *key) != nullptr) {
+            return EEXIST;
+        }
+        Json::Value record = NewRecord(*key, tuner, uid);
+        SetRecurrence(record, isWeekly, weekdayStatus, endDate);
+        records.append(std::move(record));
+        return 0;
+    });
 }
 
 bool EditRepeatSche(Json::Value& out, int tuner, std::string const& id, char const* start,
@@ -99,17 +103,16 @@ bool EditRepeatSche(Json::Value& out, int tuner, std::string const& id, char con
 {
     auto const key = standin::ParseKey(id, start);
     if (!key) {
-        return standin::Answer(out, EINVAL);
+        return SetErrno(out, EINVAL);
     }
-    return standin::Answer(out,
-                           standin::ChangeRecords(RepeatFile(tuner), [&](Json::Value& records) {
-                               Json::Value* const record = Find(records, *key);
-                               if (record == nullptr) {
-                                   return ENOENT;
-                               }
-                               SetRule(*record, isWeekly, weekdayStatus, endDate);
-                               return 0;
-                           }));
+    return ChangeRecords(out, RepeatFile(tuner), [&](Json::Value& records) {
+        Json::Value* const record = Find(records, *key);
+        if (record == nullptr) {
+            return ENOENT;
+        }
+        SetRecurrence(*record, isWeekly, weekdayStatus, endDate);
+        return 0;
+    });
 }
 
 int GetRepeatLimitTime(int isWeekly, char const* weekdayStatus, char const* endDate, int* weekdays)
@@ -123,7 +126,7 @@ int GetRepeatLimitTime(int isWeekly, char const* weekdayStatus, char const* endD
         return kDaysOfYear;
     }
     auto const today = standin::DayOf(standin::LocalTime(::time(nullptr)));
-    return static_cast<int>(std::clamp((*end - today).count() + 1, 0L, long{kDaysOfYear}));
+    return static_cast<int>(std::clamp<std::int64_t>((*end - today).count() + 1, 0, kDaysOfYear));
 }
 
 } // namespace KALDTremolane

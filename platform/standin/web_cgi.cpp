@@ -1,6 +1,7 @@
 /// @file The request, read from the CGI environment (RFC 3875).
 #include "kald/web_api.h"
 
+#include "platform/environment.h"
 #include "platform/standin/accounts.h"
 
 #include <strings.h>
@@ -9,8 +10,6 @@
 
 #include <cerrno>
 #include <charconv>
-#include <cstdlib>
-#include <cstring>
 #include <optional>
 #include <string_view>
 #include <unordered_map>
@@ -19,27 +18,25 @@ namespace KALD {
 
 namespace {
 
+using appliance::Environment;
+
 constexpr std::size_t kMaxBody = std::size_t{1024} * 1024;
 constexpr char kFormType[] = "application/x-www-form-urlencoded";
 constexpr char kAdministrators[] = "administrators";
 
-char const* Environment(char const* name)
+/// Returns whether the body is a form. Compares the media type, without its parameters,
+/// case-insensitively.
+bool IsForm(std::string const& contentType)
 {
-    char const* const value = std::getenv(name);
-    return value != nullptr ? value : "";
+    std::string const type = contentType.substr(0, contentType.find_first_of("; \t"));
+    return ::strcasecmp(type.c_str(), kFormType) == 0;
 }
 
-/// Whether the body is a form: the media type without its parameters, in any case of letters.
-bool IsForm(char const* contentType)
-{
-    std::size_t const length = std::strcspn(contentType, "; \t");
-    return length == sizeof kFormType - 1 && ::strncasecmp(contentType, kFormType, length) == 0;
-}
-
-/// The announced length of the body: RFC 3875 has CONTENT_LENGTH empty or unset without a body.
+/// Returns the announced length of the body; none if it is malformed or too long. RFC 3875 leaves
+/// CONTENT_LENGTH empty or unset without a body.
 std::optional<std::size_t> BodyLength()
 {
-    std::string_view const text = Environment("CONTENT_LENGTH");
+    std::string const text = Environment("CONTENT_LENGTH");
     std::size_t length = 0;
     auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), length);
     if (text.empty()) {
@@ -51,7 +48,7 @@ std::optional<std::size_t> BodyLength()
     return length;
 }
 
-/// Reads exactly `length` bytes of standard input.
+/// Reads exactly `length` bytes of standard input; none if there are fewer.
 std::optional<std::string> ReadBody(std::size_t length)
 {
     std::string body(length, '\0');
@@ -71,10 +68,10 @@ std::optional<std::string> ReadBody(std::size_t length)
 
 } // namespace
 
-/// What is read once: the parameters and the login name.
+/// What is read from the environment once: the parameters and the login name.
 class WebCGI::Request {
 public:
-    /// Adds the parameters of a form-encoded text; a key that is already there keeps its value.
+    /// Adds the parameters of a form-encoded text. A key that is already there keeps its value.
     void AddParameters(std::string_view text)
     {
         UriQueryListA* list = nullptr;
@@ -109,7 +106,7 @@ bool WebCGI::Read()
 {
     m_request->m_login = Environment("REMOTE_USER");
     m_request->AddParameters(Environment("QUERY_STRING"));
-    if (std::strcmp(Environment("REQUEST_METHOD"), "POST") == 0 && !ReadForm()) {
+    if (Environment("REQUEST_METHOD") == "POST" && !ReadForm()) {
         return false;
     }
     m_methodName = In("method", "");

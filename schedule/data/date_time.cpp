@@ -1,4 +1,5 @@
-/// @file Conversions between the texts of clients and epoch seconds, all in local time.
+/// @file Conversions between the dates, times and weekdays of clients and epoch seconds, all in
+/// local time.
 #include "frame/schedule_recording_api.h"
 
 #include "frame/decimal.h"
@@ -15,7 +16,7 @@ constexpr std::size_t kDateLength = 10;
 constexpr std::size_t kTimeLength = 5;
 constexpr int kFailed = -1;
 
-/// Writes a number into a field of a broken-down time; false if the field cannot hold it.
+/// Sets a field of a broken-down time; returns false if the field cannot hold the number.
 bool SetField(int& field, long long value)
 {
     field = static_cast<int>(value);
@@ -29,12 +30,12 @@ int ScheduleRecordingAPI::DateTimeToEpoch(char const* date, char const* time)
     if (std::strlen(date) != kDateLength || std::strlen(time) != kTimeLength) {
         return kFailed;
     }
-    long long year = 2000; // what does not scan keeps these values
+    long long year = 2000; // a field that does not scan keeps its value
     long long month = 1;
     long long day = 1;
     long long hour = 0;
     long long minute = 0;
-    std::sscanf(date, "%lld-%lld-%lld", &year, &month, &day); // ten characters never overflow these
+    std::sscanf(date, "%lld-%lld-%lld", &year, &month, &day); // ten characters cannot overflow
     std::sscanf(time, "%lld:%lld", &hour, &minute);
     std::time_t const now = ::time(nullptr);
     std::tm local{};
@@ -47,7 +48,7 @@ int ScheduleRecordingAPI::DateTimeToEpoch(char const* date, char const* time)
         !SetField(local.tm_min, minute)) {
         return kFailed;
     }
-    std::time_t const epoch = ::mktime(&local); // tm_isdst is that of now
+    std::time_t const epoch = ::mktime(&local); // tm_isdst stays that of now
     return std::in_range<int>(epoch) ? static_cast<int>(epoch) : kFailed;
 }
 
@@ -76,5 +77,5 @@ bool ScheduleRecordingAPI::IsWeekdaySelected(int time, char const* weekdays)
         return false;
     }
     auto const weekday = static_cast<Json::ArrayIndex>(local.tm_wday);
-    return weekday < flags.size() && LeadingNumber(flags[weekday].asCString()) == 1;
+    return weekday < flags.size() && ParseNumberPrefix(flags[weekday].asCString()) == 1;
 }

@@ -1,11 +1,11 @@
-/// @file Files of schedule records, as this system loads them itself.
+/// @file Files of schedule records, as the methods load them themselves.
 #pragma once
 
 #include <json/value.h>
 
 #include <string>
 
-/// What became of loading a file of records.
+/// The result of loading a file of records.
 enum class RecordFile {
     kLoaded,
     kMissing,    ///< there is no such file: it may be created
@@ -13,5 +13,5 @@ enum class RecordFile {
 };
 
 /// Loads a file of records. `records` becomes the array, or null if the file holds null or was not
-/// loaded. Elements that are no objects stay in the array; see platform/records.h.
+/// loaded. The array can hold elements that are no records; see platform/records.h.
 RecordFile LoadRecordFile(Json::Value& records, std::string const& path);

@@ -1,7 +1,7 @@
 /// @file The parameters that a method reads while a user-defined method runs through it.
 ///
 /// The plain methods do not know on whose behalf they run. The client's texts never change; what a
-/// stage of the request is to see in their place is chosen here by the method and its flags.
+/// stage of the request sees in their place is chosen here by the method and its flags.
 #include "frame/schedule_recording_api.h"
 
 #include "platform/record_members.h"
@@ -9,13 +9,16 @@
 
 #include <strings.h>
 
+#include <span>
+
 namespace {
 
 using namespace appliance;
 
-enum class RuleSet {
-    kNone,      ///< the request's own texts
-    kRestore,   ///< the old schedule is put back: everything comes from its record
+/// Where the parameters of a stage come from.
+enum class Source {
+    kRequest,   ///< the request's own texts
+    kRestore,   ///< the old schedule is restored: everything comes from its record
     kNewStart,  ///< the start is converted from the request's date and time
     kOldRecord, ///< a delete: the record names what to delete
 };
@@ -25,16 +28,16 @@ enum class Flag { kOff, kOn, kAny };
 struct Stage {
     char const* method;
     Flag restoreOld, innerCreate, deleteOld;
-    RuleSet rules;
+    Source source;
 };
 
-/// The first row that fits decides; where none does, the request's own texts hold.
+/// The first row that fits decides. If none fits, the source is the request.
 constexpr Stage kStages[] = {
-    {"edit_userdefine", Flag::kOn, Flag::kAny, Flag::kAny, RuleSet::kRestore},
-    {"edit_userdefine", Flag::kOff, Flag::kOn, Flag::kAny, RuleSet::kNewStart},
-    {"edit_userdefine", Flag::kOff, Flag::kOff, Flag::kOn, RuleSet::kOldRecord},
-    {"delete_userdefine", Flag::kAny, Flag::kAny, Flag::kOn, RuleSet::kOldRecord},
-    {"create_userdefine", Flag::kAny, Flag::kOn, Flag::kAny, RuleSet::kNewStart},
+    {"edit_userdefine", Flag::kOn, Flag::kAny, Flag::kAny, Source::kRestore},
+    {"edit_userdefine", Flag::kOff, Flag::kOn, Flag::kAny, Source::kNewStart},
+    {"edit_userdefine", Flag::kOff, Flag::kOff, Flag::kOn, Source::kOldRecord},
+    {"delete_userdefine", Flag::kAny, Flag::kAny, Flag::kOn, Source::kOldRecord},
+    {"create_userdefine", Flag::kAny, Flag::kOn, Flag::kAny, Source::kNewStart},
 };
 
 bool Fits(Flag wanted, bool isOn)
@@ -52,14 +55,14 @@ std::string AsFlagText(Json::Value const& value)
     return AsFlag(value) ? "true" : "false";
 }
 
-/// Serves the field of a record for a key.
-struct FieldRule {
+/// A parameter and the member of the record that is served for it.
+struct FieldMapping {
     char const* key;
     Json::StaticString field;
     std::string (*render)(Json::Value const& value);
 };
 
-FieldRule const kRestore[] = {
+FieldMapping const kRestore[] = {
     {"id", member::kChannelId, AsText},
     {"channel_name", member::kChannelName, AsText},
     {"title", member::kEventName, AsText},
@@ -73,31 +76,30 @@ FieldRule const kRestore[] = {
     {"end_date", member::kEndDate, AsText},
 };
 
-/// In the inner create of a restore, before the rules above: the store takes the epoch.
-FieldRule const kRestoreInner[] = {
+/// In the inner create of a restore this comes before the table above: the store takes the epoch.
+FieldMapping const kRestoreInner[] = {
     {"start_time", member::kStartTime, AsDecimal},
 };
 
-FieldRule const kOldRecord[] = {
+FieldMapping const kOldRecord[] = {
     {"id", member::kStartTime, AsDecimal},
     {"channel_id", member::kChannelId, AsText},
 };
 
-/// The rule for a key, or null.
-template <std::size_t size>
-FieldRule const* Find(FieldRule const (&rules)[size], char const* key)
+/// Finds the mapping of a key, case-insensitively; null if the table has none.
+FieldMapping const* Find(std::span<FieldMapping const> mappings, char const* key)
 {
-    for (FieldRule const& rule : rules) {
-        if (::strcasecmp(rule.key, key) == 0) {
-            return &rule;
+    for (FieldMapping const& mapping : mappings) {
+        if (::strcasecmp(mapping.key, key) == 0) {
+            return &mapping;
         }
     }
     return nullptr;
 }
 
-FieldRule const* FindRestore(char const* key, bool isInner)
+FieldMapping const* FindRestore(char const* key, bool isInner)
 {
-    FieldRule const* const inner = isInner ? Find(kRestoreInner, key) : nullptr;
+    FieldMapping const* const inner = isInner ? Find(kRestoreInner, key) : nullptr;
     return inner != nullptr ? inner : Find(kRestore, key);
 }
 
@@ -105,23 +107,23 @@ FieldRule const* FindRestore(char const* key, bool isInner)
 
 std::string ScheduleRecordingAPI::GetParam(char const* key, char const* fallback)
 {
-    RuleSet rules = RuleSet::kNone;
+    Source source = Source::kRequest;
     for (Stage const& stage : kStages) {
         if (IsMethod(stage.method) && Fits(stage.restoreOld, m_restoreOld) &&
             Fits(stage.innerCreate, m_innerCreate) && Fits(stage.deleteOld, m_deleteOld)) {
-            rules = stage.rules;
+            source = stage.source;
             break;
         }
     }
-    FieldRule const* rule = nullptr;
-    if (rules == RuleSet::kRestore) {
-        rule = FindRestore(key, m_innerCreate);
-    } else if (rules == RuleSet::kOldRecord) {
-        rule = Find(kOldRecord, key);
-    } else if (rules == RuleSet::kNewStart && ::strcasecmp(key, "start_time") == 0) {
+    FieldMapping const* mapping = nullptr;
+    if (source == Source::kRestore) {
+        mapping = FindRestore(key, m_innerCreate);
+    } else if (source == Source::kOldRecord) {
+        mapping = Find(kOldRecord, key);
+    } else if (source == Source::kNewStart && ::strcasecmp(key, "start_time") == 0) {
         return std::to_string(
             DateTimeToEpoch(m_request.In("start_date", ""), m_request.In("start_time", "")));
     }
-    return rule != nullptr ? rule->render(MemberOf(m_userDefineRecord, rule->field))
-                           : m_request.In(key, fallback);
+    return mapping != nullptr ? mapping->render(MemberOf(m_userDefineRecord, mapping->field))
+                              : m_request.In(key, fallback);
 }

@@ -1,7 +1,7 @@
-/// @file A flag that is up for as long as a block runs.
+/// @file A flag that is raised for the duration of a block.
 #pragma once
 
-/// Raises a flag, and lowers it when it goes, also when an exception leaves the block.
+/// Raises a flag, and lowers it when the block is left, also by an exception.
 class ScopedFlag {
 public:
     explicit ScopedFlag(bool& flag) : m_flag(flag) { m_flag = true; }

@@ -1,4 +1,4 @@
-/// @file The method `list`: both kinds of schedules in one sorted page, ready for display.
+/// @file The method `list`: one-shot and repeat schedules in one sorted page, ready for display.
 #include "frame/schedule_recording_api.h"
 
 #include "frame/web_api_error.h"
@@ -6,14 +6,14 @@
 #include "platform/appliance_paths.h"
 #include "platform/record_members.h"
 #include "platform/records.h"
+#include "platform/schedule_status.h"
+#include "schedule/data/channel_id.h"
 #include "schedule/data/schedule_file.h"
-#include "schedule/data/unique_id.h"
 #include "tremolane/recording_service.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <ctime>
-#include <string>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -28,26 +28,24 @@ Json::StaticString const kPrimeId{"primeid"};
 Json::StaticString const kIsUserDefine{"is_userdefine"};
 Json::StaticString const kWeekday{"weekday"};
 
-constexpr int kWholeList = -1;
+constexpr int kWholeList = -1;              ///< as `limit`
 constexpr std::size_t kPrimeIdLength = 127; ///< a longer one is cut
 
-constexpr int kRawRepeat = 19;
-constexpr int kRawRepeatOther = 20;
-
-/// View status by raw status; a number beyond the table shows as 0, too.
+/// View status by raw status. Any other raw status has view status 0.
 constexpr int kViewStatus[] = {
     0,  0,  2, 3,  1,  0,  0, 0,  //  0 to  7
     4,  11, 5, 6,  7,  8,  9, 10, //  8 to 15
     11, 0,  0, 12, 13, 14, 0, 15, // 16 to 23
 };
 
-int ViewStatus(int raw)
+int ViewStatus(int rawStatus)
 {
-    return raw >= 0 && raw < static_cast<int>(std::size(kViewStatus)) ? kViewStatus[raw] : 0;
+    bool const isInTable = rawStatus >= 0 && rawStatus < static_cast<int>(std::size(kViewStatus));
+    return isInTable ? kViewStatus[rawStatus] : 0;
 }
 
-/// What one schedule shows, whichever store it comes from. Texts are JSON strings, so that they
-/// move between documents without a copy.
+/// What the list shows of one schedule. Texts are JSON strings, so that they move between documents
+/// without being copied.
 struct ScheduleNode {
     int start_time; ///< epoch seconds
     Json::Value channel_name;
@@ -58,7 +56,7 @@ struct ScheduleNode {
     Json::Value title;
 };
 
-/// A value as text: copied out of a document that is only read, moved out of one that is not.
+/// Returns a value as text: copied from a document that is only read, moved out of any other.
 Json::Value TakeText(Json::Value const& value)
 {
     return AsText(value);
@@ -69,23 +67,23 @@ Json::Value TakeText(Json::Value& value)
     return value.isString() ? std::move(value) : Json::Value(AsText(value));
 }
 
-/// The members of a record that make a node. A node is taken from them and another one is written
-/// to them without a second look-up.
-template <class Record>
+/// The members of a record that a node is made from. Another node is later written to the same
+/// places without looking the members up again.
+template <class Value>
 struct NodeMembers {
-    Record &start_time, &channel_name, &description, &duration, &id, &status, &title;
+    Value &start_time, &channel_name, &description, &duration, &id, &status, &title;
 };
 
-template <class Record>
-NodeMembers<Record> NodeMembersOf(Record& record)
+template <class Value>
+NodeMembers<Value> NodeMembersOf(Value& record)
 {
     return {record[member::kStartTime], record[member::kChannelName], record[member::kDescription],
             record[member::kDuration],  record[member::kId],          record[member::kStatus],
             record[member::kTitle]};
 }
 
-template <class Record>
-ScheduleNode MakeNode(NodeMembers<Record> const& from, Json::Value id)
+template <class Value>
+ScheduleNode MakeNode(NodeMembers<Value> const& from, Json::Value id)
 {
     return {AsInt(from.start_time),
             TakeText(from.channel_name),
@@ -96,7 +94,7 @@ ScheduleNode MakeNode(NodeMembers<Record> const& from, Json::Value id)
             TakeText(from.title)};
 }
 
-/// The order of a list: by start time; of equal ones that first which stands later in its array.
+/// Sorts by start time. Ties are broken by position: the later node comes first.
 struct StartTimeOrder {
     bool operator()(ScheduleNode const* left, ScheduleNode const* right) const
     {
@@ -120,70 +118,73 @@ void WriteNode(ScheduleNode& node, NodeMembers<Json::Value> const& to, Json::Val
     element[kPrimeId] = primeId;
 }
 
-/// Whether a user-defined record of the schedule's start and tuner makes it a user-defined one: a
-/// repeating record stands for the rule, not for the one-shot schedules made from it.
-bool IsUserDefine(int raw, int startTime, int tuner)
+/// Returns whether a user-defined record of the schedule's start and tuner makes the schedule a
+/// user-defined one. A repeating record stands for the repeat schedule, not for the one-shot
+/// schedules generated from it.
+bool IsUserDefine(int rawStatus, int start, int tuner)
 {
     Json::Value record;
-    if (KALDTremolane::ReadUserDefineFromFile(record, startTime, tuner) < 0) {
+    if (KALDTremolane::ReadUserDefineFromFile(record, start, tuner) < 0) {
         return false;
     }
-    return raw == kRawRepeat || raw == kRawRepeatOther || !FlagOf(record, member::kIsRepeat);
+    return rawStatus == kStatusRepeat || rawStatus == kStatusRepeatOther ||
+           !FlagOf(record, member::kIsRepeat);
+}
+
+/// Fills the response with a page of the tuner's schedules; `listed` is what GetSchedule() gave.
+/// Leaves the response without schedules if there are none. Returns false if `start` is not a
+/// position of the list.
+bool FillPage(Json::Value& response, Json::Value& listed, int tuner, int start, int limit)
+{
+    Json::Value repeat;
+    LoadRecordFile(repeat, RepeatFile(tuner)); // a file that is not loaded has no schedules
+    Json::Value view;
+    if (MemberOf(listed, member::kList).isArray()) {
+        view[kSchedules].swap(listed[member::kList]);
+    } else if (repeat.empty()) {
+        return true;
+    }
+    ScheduleRecordingAPI::MergeSchedules(view, repeat);
+    Json::ArrayIndex const total = view[kSchedules].size();
+    if (start < 0 || total < static_cast<Json::ArrayIndex>(start)) {
+        return false;
+    }
+    if (limit == kWholeList) {
+        response[kSchedules].swap(view[kSchedules]);
+    } else {
+        ScheduleRecordingAPI::SlicePage(view, response, start, limit);
+    }
+    ScheduleRecordingAPI::FillStatus(response, tuner);
+    response[kStart] = start;
+    response[kTotal] = total;
+    ScheduleRecordingAPI::FillStartText(response);
+    return true;
 }
 
 } // namespace
 
 void ScheduleRecordingAPI::ListSchedule()
 {
+    int start = 0;
+    int limit = kWholeList;
+    bool const isStartParsed = KALD::WebAPIUtil::ParseInt(m_request.In("start", "0"), &start);
+    bool const isLimitParsed = KALD::WebAPIUtil::ParseInt(m_request.In("limit", "-1"), &limit);
+    int const tuner = RequestTuner().value_or(0);
+    Json::Value listed;
     Json::Value response;
-    FillPage(response);
+    if (!isStartParsed || !isLimitParsed) {
+        SetError(kErrorBadParameter);
+    } else if (!KALDTremolane::GetSchedule(listed, tuner)) {
+        ReportLibraryError(listed);
+    } else if (!FillPage(response, listed, tuner, start, limit)) {
+        SetError(kErrorBadParameter);
+    }
     if (response[kSchedules].isNull()) {
         response[kStart] = 0;
         response[kTotal] = 0U;
         response[kSchedules] = Json::Value(Json::arrayValue);
     }
     SetResponse(response);
-}
-
-void ScheduleRecordingAPI::FillPage(Json::Value& response)
-{
-    int start = 0;
-    int limit = kWholeList;
-    bool const startParsed = KALD::WebAPIUtil::ParseInt(m_request.In("start", "0"), &start);
-    bool const limitParsed = KALD::WebAPIUtil::ParseInt(m_request.In("limit", "-1"), &limit);
-    if (!startParsed || !limitParsed) {
-        SetError(kErrorBadParameter);
-        return;
-    }
-    int const tuner = RequestTuner().value_or(0);
-    Json::Value out;
-    if (!KALDTremolane::GetSchedule(out, tuner)) {
-        ReportLibraryError(out);
-        return;
-    }
-    Json::Value repeat;
-    LoadRecordFile(repeat, RepeatFile(tuner)); // a file that is not loaded is an empty list
-    Json::Value view;
-    if (MemberOf(out, member::kList).isArray()) {
-        view[kSchedules].swap(out[member::kList]);
-    } else if (repeat.empty()) {
-        return;
-    }
-    MergeSchedules(view, repeat);
-    Json::ArrayIndex const total = view[kSchedules].size();
-    if (start < 0 || total < static_cast<Json::ArrayIndex>(start)) {
-        SetError(kErrorBadParameter);
-        return;
-    }
-    if (limit == kWholeList) {
-        response[kSchedules].swap(view[kSchedules]);
-    } else {
-        SlicePage(view, response, start, limit);
-    }
-    FillStatus(response, tuner);
-    response[kStart] = start;
-    response[kTotal] = total;
-    FillStartText(response);
 }
 
 void ScheduleRecordingAPI::MergeSchedules(Json::Value& view, Json::Value& repeat)
@@ -195,21 +196,20 @@ void ScheduleRecordingAPI::MergeSchedules(Json::Value& view, Json::Value& repeat
     nodes.reserve(total);
     places.reserve(total);
     for (Json::Value& record : schedules) {
-        if (!record.isObject()) { // no recording service should list one
+        if (!record.isObject()) { // a recording service should list objects only
             record = Json::Value(Json::objectValue);
         }
         places.push_back(NodeMembersOf(record));
         nodes.push_back(MakeNode(places.back(), TakeText(places.back().id)));
     }
     for (Json::Value const& record : std::as_const(repeat)) {
-        if (!record.isObject()) {
-            continue;
+        if (record.isObject()) {
+            nodes.push_back(MakeNode(NodeMembersOf(record), RenderChannelId(record)));
+            places.push_back(NodeMembersOf(schedules.append(Json::Value(Json::objectValue))));
         }
-        nodes.push_back(MakeNode(NodeMembersOf(record), RenderUniqueId(record)));
-        places.push_back(NodeMembersOf(schedules.append(Json::Value(Json::objectValue))));
     }
     std::vector<ScheduleNode*> order;
-    order.reserve(total);
+    order.reserve(nodes.size());
     for (ScheduleNode& node : nodes) {
         order.push_back(&node);
     }
@@ -228,7 +228,7 @@ void ScheduleRecordingAPI::SlicePage(Json::Value& view, Json::Value& page, int s
     int count = 0;
     for (int index = std::max(start, 0); index < size; ++index) {
         page[kSchedules].append(std::move(schedules[index]));
-        if (++count >= limit) { // after the append: a page has one schedule at least
+        if (++count >= limit) { // tested after the append, so that a page is never empty
             return;
         }
     }
@@ -238,9 +238,10 @@ void ScheduleRecordingAPI::FillStatus(Json::Value& page, int tuner)
 {
     for (Json::Value& schedule : page[kSchedules]) {
         Json::Value& status = schedule[member::kStatus];
-        int const raw = status.asInt();
-        schedule[kIsUserDefine] = IsUserDefine(raw, schedule[member::kStartTime].asInt(), tuner);
-        status = ViewStatus(raw);
+        int const rawStatus = status.asInt();
+        int const start = schedule[member::kStartTime].asInt();
+        schedule[kIsUserDefine] = IsUserDefine(rawStatus, start, tuner);
+        status = ViewStatus(rawStatus);
     }
 }
 

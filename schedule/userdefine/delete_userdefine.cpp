@@ -1,5 +1,5 @@
-/// @file The method `delete_userdefine`, and the delete inside `edit_userdefine`: schedules and
-/// their records.
+/// @file The method `delete_userdefine`, and the delete inside `edit_userdefine`: removes schedules
+/// together with their records.
 #include "frame/schedule_recording_api.h"
 
 #include "frame/decimal.h"
@@ -8,6 +8,7 @@
 #include "platform/record_members.h"
 #include "platform/records.h"
 #include "schedule/userdefine/scoped_flag.h"
+#include "schedule/userdefine/userdefine_file.h"
 #include "tremolane/recording_service.h"
 
 #include <utility>
@@ -17,12 +18,12 @@ namespace {
 
 constexpr int kNamesNone = 0;
 
-/// The starts that a comma-separated list names, in its order.
+/// Returns the starts that a comma-separated list names, in its order.
 std::vector<int> ParseStarts(char const* text)
 {
     std::vector<int> starts;
     for (Json::Value const& piece : KALD::WebAPIUtil::ParseToArray(text, ",")) {
-        long const start = LeadingNumber(piece.asCString());
+        std::int64_t const start = ParseNumberPrefix(piece.asCString());
         starts.push_back(std::in_range<int>(start) ? static_cast<int>(start) : kNamesNone);
     }
     return starts;
@@ -32,38 +33,28 @@ std::vector<int> ParseStarts(char const* text)
 
 void ScheduleRecordingAPI::DeleteUserDefine()
 {
-    if (IsMethod("edit_userdefine")) {
-        DeleteOldUserDefine();
-    } else {
-        DeleteNamedUserDefines();
-    }
-}
-
-void ScheduleRecordingAPI::DeleteNamedUserDefines()
-{
-    std::vector<int> const starts = ParseStarts(m_request.In("id", ""));
+    bool const isEdit = IsMethod("edit_userdefine");
+    std::vector<int> const starts =
+        ParseStarts(isEdit ? GetParam("id", "").c_str() : m_request.In("id", ""));
     std::optional<int> const tuner = RequestTuner();
     if (!tuner || starts.empty()) {
         SetError(kErrorBadParameter);
         return;
     }
-    for (int const start : starts) {
-        if (KALDTremolane::ReadUserDefineFromFile(m_userDefineRecord, start, *tuner) >= 0) {
-            ScopedFlag const deleting(m_deleteOld);
-            DeleteRecordedSchedule();
+    if (isEdit) {
+        if (!DeleteRecordedSchedule()) {
+            return;
         }
+    } else {
+        for (int const start : starts) {
+            if (KALDTremolane::ReadUserDefineFromFile(m_userDefineRecord, start, *tuner) >= 0) {
+                ScopedFlag const deleting(m_deleteOld);
+                DeleteRecordedSchedule();
+            }
+        }
+        ReloadDaemon();
     }
-    ReloadDaemon();
     RemoveUserDefineRecords({starts.begin(), starts.end()}, *tuner);
-}
-
-void ScheduleRecordingAPI::DeleteOldUserDefine()
-{
-    std::vector<int> const starts = ParseStarts(GetParam("id", "").c_str());
-    std::optional<int> const tuner = RequestTuner();
-    if (DeleteRecordedSchedule() && tuner) {
-        RemoveUserDefineRecords({starts.begin(), starts.end()}, *tuner);
-    }
 }
 
 bool ScheduleRecordingAPI::DeleteRecordedSchedule()

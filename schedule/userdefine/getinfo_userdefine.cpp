@@ -1,5 +1,5 @@
-/// @file The method `getinfo_userdefine`: the client's form, filled for a stored schedule or for a
-/// new one.
+/// @file The method `getinfo_userdefine`: answers the client's form, filled for a stored schedule
+/// or for a new one.
 #include "frame/schedule_recording_api.h"
 
 #include "frame/web_api_error.h"
@@ -16,12 +16,12 @@ using namespace appliance;
 
 constexpr char kDate[] = "%Y-%m-%d";
 constexpr char kTimeOfDay[] = "%R";
-constexpr char kWeekday[] = "%w";
+constexpr char kWeekday[] = "%w"; ///< Sunday is 0
 
 Json::StaticString const kStartWeekday{"start_weekday"};
 Json::StaticString const kTodayDate{"today_date"};
 
-/// A local date or time as text; empty if the time cannot be broken down.
+/// Renders a local date or time; empty if the time cannot be broken down.
 std::string LocalText(std::time_t time, char const* format)
 {
     std::tm local{};
@@ -32,7 +32,7 @@ std::string LocalText(std::time_t time, char const* format)
     return {text, std::strftime(text, sizeof text, format, &local)};
 }
 
-/// Seven flags, Sunday first, of which one is set: "%w" of strftime numbers the days so.
+/// Renders seven flags, Sunday first, of which only the one of `weekday` is set.
 std::string FlagsOf(std::string const& weekday)
 {
     std::string flags;
@@ -43,7 +43,7 @@ std::string FlagsOf(std::string const& weekday)
     return flags;
 }
 
-/// What both answers show of a start.
+/// Fills in what both answers show of a start.
 Json::Value StartInfo(std::time_t start, std::time_t now)
 {
     Json::Value info(Json::objectValue);
@@ -51,6 +51,23 @@ Json::Value StartInfo(std::time_t start, std::time_t now)
     info[member::kStartTime] = LocalText(start, kTimeOfDay);
     info[kStartWeekday] = LocalText(start, kWeekday);
     info[kTodayDate] = LocalText(now, kDate);
+    return info;
+}
+
+Json::Value StoredScheduleInfo(Json::Value const& record, std::time_t now)
+{
+    char duration[64];
+    ScheduleRecordingAPI::SecondsToTimeText(duration, sizeof duration,
+                                            IntOf(record, member::kDuration));
+    Json::Value info = StartInfo(IntOf(record, member::kStartTime), now);
+    info[member::kChannelName] = TextOf(record, member::kChannelName);
+    info[member::kChannelId] = TextOf(record, member::kChannelId);
+    info[member::kDuration] = duration;
+    info[member::kTitle] = TextOf(record, member::kEventName);
+    info[member::kDescription] = TextOf(record, member::kTextName);
+    info[member::kIsRepeat] = MemberOf(record, member::kIsRepeat);
+    info[member::kWeekdayStatus] = TextOf(record, member::kWeekdayStatus);
+    info[member::kEndDate] = TextOf(record, member::kEndDate);
     return info;
 }
 
@@ -73,9 +90,9 @@ Json::Value NewScheduleInfo(std::time_t now)
 void ScheduleRecordingAPI::GetUserDefineInfo()
 {
     int start = -1;
-    bool const parsed = KALD::WebAPIUtil::ParseInt(m_request.In("start_time", "-1"), &start);
+    bool const isParsed = KALD::WebAPIUtil::ParseInt(m_request.In("start_time", "-1"), &start);
     std::optional<int> const tuner = RequestTuner();
-    if (!parsed || !tuner) {
+    if (!isParsed || !tuner) {
         SetError(kErrorBadParameter);
         return;
     }
@@ -85,20 +102,4 @@ void ScheduleRecordingAPI::GetUserDefineInfo()
         start >= 0 && KALDTremolane::ReadUserDefineFromFile(record, start, *tuner) >= 0;
     Json::Value info = isStored ? StoredScheduleInfo(record, now) : NewScheduleInfo(now);
     SetResponse(info);
-}
-
-Json::Value ScheduleRecordingAPI::StoredScheduleInfo(Json::Value const& record, std::time_t now)
-{
-    char duration[64];
-    SecondsToTimeText(duration, sizeof duration, IntOf(record, member::kDuration));
-    Json::Value info = StartInfo(IntOf(record, member::kStartTime), now);
-    info[member::kChannelName] = TextOf(record, member::kChannelName);
-    info[member::kChannelId] = TextOf(record, member::kChannelId);
-    info[member::kDuration] = duration;
-    info[member::kTitle] = TextOf(record, member::kEventName);
-    info[member::kDescription] = TextOf(record, member::kTextName);
-    info[member::kIsRepeat] = MemberOf(record, member::kIsRepeat);
-    info[member::kWeekdayStatus] = TextOf(record, member::kWeekdayStatus);
-    info[member::kEndDate] = TextOf(record, member::kEndDate);
-    return info;
 }

@@ -1,12 +1,12 @@
-/// @file The channel unique id of a repeat record.
-#include "schedule/data/unique_id.h"
+/// @file Rendering channel unique ids.
+#include "schedule/data/channel_id.h"
 
 #include "platform/record_members.h"
 #include "platform/records.h"
 
 #include <cstdio>
 
-std::string RenderUniqueId(Json::Value const& record)
+std::string RenderChannelId(Json::Value const& record)
 {
     using namespace appliance;
     char text[256];

@@ -1,5 +1,5 @@
-/// @file Channel ids and start texts: decimal digits, within 32 bits.
-#include "platform/standin/unique_id.h"
+/// @file Parsing channel ids and start texts: decimal digits, within 32 bits.
+#include "platform/standin/schedule_key.h"
 
 #include "platform/records.h"
 #include "tremolane/recording_service.h"

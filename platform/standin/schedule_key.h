@@ -1,4 +1,4 @@
-/// @file The keys by which requests name a stored schedule.
+/// @file The key by which requests name a stored schedule.
 #pragma once
 
 #include <json/value.h>
@@ -8,17 +8,17 @@
 
 namespace standin {
 
-/// A channel and a start, as the store operations are given them.
+/// A channel and a start.
 struct ScheduleKey {
     int service;
     std::optional<int> frequency; ///< none if the channel id is in the plain form
     int start;                    ///< epoch seconds, above 0
 };
 
-/// A stored frequency, a number or a text of digits; none for anything else.
+/// Reads a stored frequency: a number or a text of digits. Returns none for anything else.
 std::optional<int> FrequencyOf(Json::Value const& stored);
 
-/// Reads a channel id and a decimal start; none if either is malformed.
+/// Parses a channel id and a decimal start. Returns none if either is malformed.
 std::optional<ScheduleKey> ParseKey(std::string const& id, std::string const& start);
 
 } // namespace standin

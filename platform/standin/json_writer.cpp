@@ -1,0 +1,219 @@
+/// @file A writer that visits each value of a document once.
+#include "platform/standin/json_writer.h"
+
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+namespace standin {
+
+namespace {
+
+constexpr std::uint32_t kReplacement = 0xFFFD;
+
+struct CodePoint {
+    std::uint32_t value;
+    std::size_t length; ///< bytes taken
+};
+
+/// A length of UTF-8 sequence: its first byte, and the code points that need it.
+struct Form {
+    unsigned char lead, mask;
+    std::uint32_t smallest, largest;
+};
+
+constexpr Form kForms[] = {{0xC0, 0xE0, 0x80, 0x7FF}, // two bytes, three, four
+                           {0xE0, 0xF0, 0x800, 0xFFFF},
+                           {0xF0, 0xF8, 0x10000, 0x10FFFF}};
+
+/// Decodes the UTF-8 sequence at the start of a text that starts with a byte above 0x7F.
+CodePoint DecodeWide(std::string_view text)
+{
+    auto const byte = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+    std::size_t length = 1;
+    for (Form const& form : kForms) {
+        ++length;
+        if ((byte(0) & form.mask) != form.lead || text.size() < length) {
+            continue;
+        }
+        std::uint32_t value = byte(0) & static_cast<unsigned char>(~form.mask);
+        bool isValid = true;
+        for (std::size_t i = 1; i < length; ++i) {
+            isValid = isValid && (byte(i) & 0xC0) == 0x80;
+            value = value << 6 | (byte(i) & 0x3FU);
+        }
+        bool const isSurrogate = value >= 0xD800 && value <= 0xDFFF;
+        if (isValid && !isSurrogate && value >= form.smallest && value <= form.largest) {
+            return {value, length};
+        }
+    }
+    return {kReplacement, 1};
+}
+
+/// Which bytes stand for themselves in a JSON text. Looking a byte up here is most of what a long
+/// answer costs.
+using PlainBytes = std::array<bool, 256>;
+
+constexpr PlainBytes PlainBytesUpTo(std::size_t end)
+{
+    PlainBytes plain{};
+    for (std::size_t byte = 0x20; byte < end; ++byte) {
+        plain[byte] = byte != '"' && byte != '\\';
+    }
+    return plain;
+}
+
+constexpr PlainBytes kPlainAscii = PlainBytesUpTo(0x80);
+constexpr PlainBytes kPlainUtf8 = PlainBytesUpTo(0x100);
+
+class Writer {
+public:
+    explicit Writer(PlainBytes const& plain) : m_plain(plain) {}
+
+    void Write(Json::Value const& value);
+
+    std::string m_out;
+
+private:
+    void WriteUnit(std::uint32_t unit);
+    void WriteEscape(std::uint32_t codePoint);
+    void WriteText(char const* begin, char const* end);
+    void WriteMembers(Json::Value const& object);
+    void WriteElements(Json::Value const& array);
+
+    /// Writes the shortest digits that are read as this number again. A real always shows that it
+    /// is one.
+    template <class Number>
+    void WriteNumber(Number value)
+    {
+        char text[32];
+        char const* const end = std::to_chars(std::begin(text), std::end(text), value).ptr;
+        std::string_view const digits(text, end);
+        m_out += digits;
+        if (std::is_floating_point_v<Number> && digits.find_first_of(".e") == digits.npos) {
+            m_out += ".0";
+        }
+    }
+
+    PlainBytes const& m_plain;
+};
+
+void Writer::WriteUnit(std::uint32_t unit)
+{
+    constexpr char kDigits[] = "0123456789abcdef";
+    m_out += "\\u";
+    for (int shift = 12; shift >= 0; shift -= 4) {
+        m_out += kDigits[unit >> shift & 0xF];
+    }
+}
+
+void Writer::WriteEscape(std::uint32_t codePoint)
+{
+    if (codePoint == '"' || codePoint == '\\') {
+        m_out += '\\';
+        m_out += static_cast<char>(codePoint);
+    } else if (codePoint < 0x10000) {
+        WriteUnit(codePoint);
+    } else { // a pair of surrogates
+        WriteUnit(0xD800 + ((codePoint - 0x10000) >> 10));
+        WriteUnit(0xDC00 + ((codePoint - 0x10000) & 0x3FF));
+    }
+}
+
+void Writer::WriteText(char const* begin, char const* end)
+{
+    m_out += '"';
+    while (begin != end) {
+        char const* const run = begin;
+        while (begin != end && m_plain[static_cast<unsigned char>(*begin)]) {
+            ++begin;
+        }
+        m_out.append(run, begin);
+        if (begin != end) {
+            std::string_view const rest(begin, static_cast<std::size_t>(end - begin));
+            bool const isWide = static_cast<unsigned char>(rest[0]) >= 0x80;
+            CodePoint const point =
+                isWide ? DecodeWide(rest) : CodePoint{static_cast<std::uint32_t>(rest[0]), 1};
+            WriteEscape(point.value);
+            begin += point.length;
+        }
+    }
+    m_out += '"';
+}
+
+// NOLINTBEGIN(misc-no-recursion): as deep as a document, which its reader limits
+void Writer::WriteMembers(Json::Value const& object)
+{
+    char separator = '{';
+    for (auto member = object.begin(); member != object.end(); ++member) {
+        char const* end = nullptr;
+        char const* const name = member.memberName(&end);
+        m_out += separator;
+        WriteText(name, end);
+        m_out += ':';
+        Write(*member);
+        separator = ',';
+    }
+    m_out += object.empty() ? "{}" : "}";
+}
+
+void Writer::WriteElements(Json::Value const& array)
+{
+    char separator = '[';
+    for (Json::Value const& element : array) {
+        m_out += separator;
+        Write(element);
+        separator = ',';
+    }
+    m_out += array.empty() ? "[]" : "]";
+}
+
+void Writer::Write(Json::Value const& value)
+{
+    char const* begin = nullptr;
+    char const* end = nullptr;
+    switch (value.type()) {
+    case Json::nullValue:
+        m_out += "null";
+        break;
+    case Json::intValue:
+        WriteNumber(value.asLargestInt());
+        break;
+    case Json::uintValue:
+        WriteNumber(value.asLargestUInt());
+        break;
+    case Json::realValue:
+        WriteNumber(value.asDouble());
+        break;
+    case Json::stringValue:
+        value.getString(&begin, &end);
+        WriteText(begin, end);
+        break;
+    case Json::booleanValue:
+        m_out += value.asBool() ? "true" : "false";
+        break;
+    case Json::arrayValue:
+        WriteElements(value);
+        break;
+    case Json::objectValue:
+        WriteMembers(value);
+        break;
+    }
+}
+// NOLINTEND(misc-no-recursion)
+
+} // namespace
+
+std::string RenderJson(Json::Value const& document, Charset charset)
+{
+    Writer writer(charset == Charset::kAscii ? kPlainAscii : kPlainUtf8);
+    writer.Write(document);
+    return std::move(writer.m_out);
+}
+
+} // namespace standin

@@ -1,0 +1,41 @@
+/// @file What storing a schedule requires: a recording folder, and a login user with a uid.
+#include "frame/schedule_recording_api.h"
+
+#include "frame/web_api_error.h"
+#include "schedule/data/support_log.h"
+
+#include <syslog.h>
+
+#include <cstdint>
+#include <limits>
+
+namespace {
+
+constexpr std::uint32_t kNoUid = std::numeric_limits<std::uint32_t>::max();
+
+} // namespace
+
+std::optional<std::string> ScheduleRecordingAPI::CheckCanStore(bool isRepeat)
+{
+    if (!isRepeat && !HasRecordFolder()) {
+        SetError(kErrorNoRecordFolder);
+        return std::nullopt;
+    }
+    unsigned int uid = 0;
+    if (!GetLoginUid(&uid)) {
+        ::syslog(LOG_ERR, "%s:%d Failed to KALDUserGet function.", kLogSource,
+                 isRepeat ? kRepeatUserLookup : kOneShotUserLookup);
+        return std::nullopt;
+    }
+    if (uid == kNoUid) {
+        ::syslog(LOG_ERR, "%s:%d uid is error.", kLogSource,
+                 isRepeat ? kRepeatUserUid : kOneShotUserUid);
+        SetError(kErrorFailed);
+        return std::nullopt;
+    }
+    if (isRepeat && !HasRecordFolder()) { // a create_repeat checks in the other order
+        SetError(kErrorNoRecordFolder);
+        return std::nullopt;
+    }
+    return std::to_string(uid);
+}

@@ -1,0 +1,140 @@
+/// @file The file of user-defined records: saving one, removing some.
+#include "schedule/userdefine/userdefine_file.h"
+
+#include "frame/schedule_recording_api.h"
+#include "frame/web_api_error.h"
+#include "kald/web_api_util.h"
+#include "kald/web_utils.h"
+#include "platform/appliance_paths.h"
+#include "platform/record_members.h"
+#include "platform/records.h"
+#include "schedule/data/schedule_file.h"
+
+#include <utility>
+
+namespace {
+
+using namespace appliance;
+
+constexpr int kNotSaved = -1;
+
+// What stands in a record in the place of a recurrence.
+constexpr char kNoWeekdays[] = "0,0,0,0,0,0,0";
+constexpr char kNoEndDate[] = "1";
+
+enum class Need { kNone, kAlways, kIfRepeat };
+
+/// A parameter and the member that keeps its text unchanged.
+struct FieldMapping {
+    char const* key;
+    Json::StaticString name;
+    Need need;
+};
+
+FieldMapping const kTextFields[] = {
+    {"start_date", member::kInputStartDate, Need::kAlways},
+    {"start_time", member::kInputStartTime, Need::kAlways},
+    {"duration", member::kInputDuration, Need::kNone},
+    {"title", member::kEventName, Need::kNone},
+    {"description", member::kTextName, Need::kNone},
+    {"channel_name", member::kChannelName, Need::kAlways},
+    {"id", member::kChannelId, Need::kAlways},
+    {"weekdaystatus", member::kWeekdayStatus, Need::kIfRepeat},
+    {"end_date", member::kEndDate, Need::kIfRepeat},
+};
+
+bool IsNeeded(Need need, bool isRepeat)
+{
+    return need == Need::kAlways || (need == Need::kIfRepeat && isRepeat);
+}
+
+/// Fills a record, except its tuner, from the parameters; `get` returns a parameter's text by its
+/// key. Returns false if a parameter is missing or unusable.
+template <class Get>
+bool FillRecordFromParameters(Json::Value& record, Get const& get)
+{
+    bool isRepeat = false;
+    bool isWeekly = false;
+    if (!KALD::WebAPIUtil::ParseBool(get("is_repeat").c_str(), &isRepeat)) {
+        return false;
+    }
+    KALD::WebAPIUtil::ParseBool(get("isweekly").c_str(), &isWeekly);
+    for (FieldMapping const& field : kTextFields) {
+        std::string text = get(field.key);
+        if (text.empty() && IsNeeded(field.need, isRepeat)) {
+            return false;
+        }
+        record[field.name] = text;
+    }
+    record[member::kIsRepeat] = isRepeat;
+    record[member::kIsWeekly] = isWeekly || !isRepeat;
+    if (!isRepeat) {
+        record[member::kWeekdayStatus] = kNoWeekdays;
+        record[member::kEndDate] = kNoEndDate;
+    }
+    record[member::kStartTime] = ScheduleRecordingAPI::DateTimeToEpoch(
+        record[member::kInputStartDate].asCString(), record[member::kInputStartTime].asCString());
+    record[member::kDuration] =
+        ScheduleRecordingAPI::TimeTextToSeconds(record[member::kInputDuration].asCString());
+    return true;
+}
+
+/// Drops the tuner's records that start at one of `starts`. Records of a negative tuner stay. A
+/// list that becomes empty becomes null, which is what the file then holds.
+void DropNamed(Json::Value& records, std::set<int> const& starts, int tuner)
+{
+    DropRecords(records, [&starts, tuner](Json::Value const& record) {
+        return tuner >= 0 && IntOf(record, member::kTuner) == tuner &&
+               starts.contains(IntOf(record, member::kStartTime));
+    });
+    if (records.empty()) {
+        records = Json::Value();
+    }
+}
+
+} // namespace
+
+int ScheduleRecordingAPI::SaveUserDefineRecord()
+{
+    Json::Value record;
+    auto const get = [this](char const* key) { return GetParam(key, ""); };
+    if (!FillRecordFromParameters(record, get)) {
+        SetError(kErrorBadParameter);
+        return kNotSaved;
+    }
+    if (m_restoreOld) { // under today's daylight saving the same texts can mean another hour
+        record[member::kStartTime] = IntOf(m_userDefineRecord, member::kStartTime);
+    }
+    int const start = record[member::kStartTime].asInt();
+    std::optional<int> const tuner = RequestTuner();
+    if (!tuner) {
+        SetError(kErrorBadParameter);
+        return start;
+    }
+    if (start < 1) { // the caller fails on it and could not remove the record again
+        return start;
+    }
+    record[member::kTuner] = *tuner;
+    Json::Value records;
+    if (LoadRecordFile(records, kUserDefineFile) == RecordFile::kUnreadable) {
+        return kNotSaved; // its owner may want the contents back
+    }
+    DropNamed(records, {start}, *tuner);
+    records.append(std::move(record));
+    return WebUtils::SaveJsonFile(records, kUserDefineFile) ? start : kNotSaved;
+}
+
+void ScheduleRecordingAPI::RemoveUserDefineRecord(int start, int tuner)
+{
+    RemoveUserDefineRecords({start}, tuner);
+}
+
+void RemoveUserDefineRecords(std::set<int> const& starts, int tuner)
+{
+    Json::Value records;
+    if (tuner < 0 || LoadRecordFile(records, kUserDefineFile) != RecordFile::kLoaded) {
+        return;
+    }
+    DropNamed(records, starts, tuner);
+    WebUtils::SaveJsonFile(records, kUserDefineFile);
+}
