@@ -16,8 +16,7 @@
 namespace {
 
 struct Api : ScheduleRecordingAPI {
-    using ScheduleRecordingAPI::m_errors, ScheduleRecordingAPI::MergeSchedules,
-        ScheduleRecordingAPI::ReportLibraryError;
+    using ScheduleRecordingAPI::m_errors, ScheduleRecordingAPI::ReportLibraryError;
 };
 
 TEST(Merge, LeavesForeignMembersAtTheirPosition)
@@ -28,7 +27,7 @@ TEST(Merge, LeavesForeignMembersAtTheirPosition)
     view["schedules"][1]["start_time"] = 3;
     repeat[0]["start_time"] = 1;
     repeat[0]["foreign"] = "of a rule";
-    Api().MergeSchedules(view, repeat);
+    ScheduleRecordingAPI::MergeSchedules(view, repeat);
     Json::Value const& merged = view["schedules"];
     EXPECT_EQ(merged[0]["start_time"], 1);
     EXPECT_EQ(merged[0]["foreign"], "of the first");
