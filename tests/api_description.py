@@ -1,4 +1,5 @@
 """Holds every request and answer of the tests against docs/openapi.yaml, both ways."""
+# A plugin of pytest: conftest.py names it in pytest_plugins and calls observe().
 import re
 from pathlib import Path
 
@@ -10,12 +11,8 @@ FILE = "docs/openapi.yaml"
 DOCUMENT = yaml.safe_load((TESTS.parent / FILE).read_text(encoding="utf-8"))
 METHODS = list(DOCUMENT["components"]["schemas"]["request"]["discriminator"]["mapping"])
 RESOLVER = jsonschema.RefResolver.from_schema(DOCUMENT)
-seen = set()  # (method, path of a member, parameter or code)
-
-
-def schema_of(name):
-    """The schema of that name, the reference in it resolved."""
-    return resolved({"$ref": f"#/components/schemas/{name}"})
+seen = set()  # pairs of a method and a code, a parameter or the path of a member of an answer
+is_sloppy = False  # whether the running test sends parameters that no client should
 
 
 def resolved(schema):
@@ -25,19 +22,25 @@ def resolved(schema):
     return {**resolved(RESOLVER.resolve(schema["$ref"])[1]), **schema}
 
 
+def schema_of(name):
+    return resolved({"$ref": f"#/components/schemas/{name}"})
+
+
 def codes(method):
-    """The error codes that a method sets itself, each with its schema; those of all for None."""
-    if method is None:
-        return {branch["const"]: branch for branch in schema_of("common_code")["oneOf"]}
-    failure = schema_of(f"{method}_answer")["oneOf"][1]
-    branches = failure["properties"]["error"]["properties"]["code"]["anyOf"]
-    return {branch["const"]: branch for branch in branches if "const" in branch}
+    """The error codes that a method sets itself, each with its schema; `common`: any method."""
+    return {branch["const"]: branch for branch in schema_of(f"{method}_code")["anyOf"]
+            if "const" in branch}
+
+
+def parameters_of(method):
+    properties = schema_of(f"{method}_request")["properties"]
+    return {name: schema for name, schema in properties.items() if name != "method"}
 
 
 def described(schema, path=""):
     """The paths of all members in a schema."""
     schema = resolved(schema)
-    for branch in schema.get("oneOf", []) + schema.get("anyOf", []):
+    for branch in schema.get("oneOf", []):
         yield from described(branch, path)
     for name, member in schema.get("properties", {}).items():
         yield f"{path}.{name}"
@@ -48,26 +51,23 @@ def described(schema, path=""):
 
 def present(value, path=""):
     """The paths of all members in an answer."""
-    if isinstance(value, dict):
-        for name, member in value.items():
-            yield f"{path}.{name}"
-            yield from present(member, f"{path}.{name}")
-    elif isinstance(value, list):
-        for element in value:
-            yield from present(element, f"{path}[]")
+    for name, member in value.items() if isinstance(value, dict) else ():
+        yield f"{path}.{name}"
+        yield from present(member, f"{path}.{name}")
+    for element in value if isinstance(value, list) else ():
+        yield from present(element, f"{path}[]")
 
 
 def read_as(schema, text):
     """The value that the text of a parameter stands for; a text that stands for none stays."""
-    schema = resolved(schema)
-    kind = schema.get("type")
+    kind = resolved(schema).get("type")
     if kind == "array":
-        return [read_as(schema["items"], piece) for piece in str(text).split(",")]
-    if kind == "integer" and re.fullmatch("[+-]?[0-9]+", str(text)):
+        return [read_as(schema["items"], piece) for piece in text.split(",")]
+    if kind == "integer" and re.fullmatch("[+-]?[0-9]+", text):
         return int(text)
-    if kind == "boolean" and str(text).lower() in ("true", "false"):
-        return str(text).lower() == "true"
-    return str(text)
+    if kind == "boolean" and text.lower() in ("true", "false"):
+        return text.lower() == "true"
+    return text
 
 
 def check(schema, value, what):
@@ -77,64 +77,53 @@ def check(schema, value, what):
     assert error is None, f"{what} is not as in {FILE}: {error.json_path}: {error.message}"
 
 
-def observe(method, parameters, answer, sloppy=False):
-    """Fails if a request and its answer (parsed) are not as described; remembers what it saw.
-
-    A request that no test of its parameters or its login refused is taken as meant to be
-    well-formed, unless the test says that it is sloppy on purpose.
-    """
-    method = str(method).lower()
+def observe(method, parameters, answer):
+    """Fails if a request or its answer is not as described; remembers what it saw."""
+    method, body = method.lower(), answer.body
+    code = body.get("error", {}).get("code")
     if method not in METHODS:
-        refusals = [{"success": False, "error": {"code": code}} for code in codes(None)]
-        assert answer in [{"success": True}, *refusals], f"the method {method!r} answers {answer}"
+        assert body == {"success": True} or code in codes("common"), f"{method!r} answers {body}"
         return
-    code = answer.get("error", {}).get("code")
-    listed = {None, *codes(None), *codes(method)}
-    assert code in listed, f"{method} answers {code}, a code that {FILE} does not list for it"
-    succeeds = schema_of(f"{method}_answer")["oneOf"][0 if code is None else 1]
-    check(succeeds, answer, f"the answer of {method}")
-    seen.update((method, path) for path in present(answer))
-    seen.add((method, code))
-    if not sloppy and code not in (101, 105, 106, 107):
-        check_request(method, parameters)
-
-
-def check_request(method, parameters):
-    """Fails unless the parameters (names and texts, without the method) are as described."""
-    schema = schema_of(f"{method}_request")
-    values = {name: read_as(schema["properties"].get(name, {}), text)
-              for name, text in parameters.items() if name != "method"}
-    check(schema, {"method": method, **values}, f"a request of {method}")
-    seen.update((method, name) for name in values)
+    assert code in [None, *codes("common"), *codes(method)], \
+        f"{method} answers {code}, a code that {FILE} does not list for it"
+    schema = schema_of(f"{method}_answer")["oneOf"][0 if code is None else 1]
+    check(schema, body, f"the answer of {method}")
+    seen.update((method, what) for what in [code, *present(body)])
+    # A request counts as meant to be well-formed, unless it was refused for its parameters or its
+    # login, or the test bears the mark `sloppy`.
+    if not is_sloppy and code not in (101, 105, 106, 107):
+        values = {name: read_as(parameters_of(method).get(name, {}), text)
+                  for name, text in parameters.items()} | {"method": method}
+        check(schema_of(f"{method}_request"), values, f"a request of {method}")
+        seen.update((method, name) for name in values)
 
 
 def never_seen():
-    """What the description has and no test has shown, a sentence each."""
-    everywhere = {code for _, code in seen}
-    for code in codes(None):
-        if code not in everywhere:
-            yield f"no method has answered {code}"
+    """What the description has and no test has shown, as texts."""
+    answered = {code for _, code in seen}
+    yield from (f"any method: {code}" for code in codes("common") if code not in answered)
     for method in METHODS:
-        wanted = {**dict.fromkeys(described(schema_of(f"{method}_answer")), "member"),
-                  **dict.fromkeys(codes(method), "code"),
-                  **dict.fromkeys(schema_of(f"{method}_request")["properties"], "parameter")}
-        for what, kind in wanted.items():
-            if what != "method" and (method, what) not in seen:
-                yield f"{method}: the {kind} {what}"
+        members = dict.fromkeys(described(schema_of(f"{method}_answer")))
+        yield from (f"{method}: {what}"
+                    for what in [*members, *codes(method), *parameters_of(method)]
+                    if (method, what) not in seen)
 
 
-def is_whole(session):
-    """Whether every test of every file has run and passed."""
-    reporter = session.config.pluginmanager.get_plugin("terminalreporter")
-    files = {Path(item.fspath).name for item in session.items}
-    return (session.testsfailed == 0 and not reporter.stats.get("deselected")
-            and not any("::" in argument for argument in session.config.args)
-            and files == {file.name for file in TESTS.glob("test_*.py")})
+def pytest_configure(config):
+    config.addinivalue_line("markers", "sloppy: sends parameters that the API does not describe")
+
+
+def pytest_runtest_setup(item):
+    global is_sloppy
+    is_sloppy = item.get_closest_marker("sloppy") is not None
 
 
 def pytest_sessionfinish(session):
     """Fails a run of the whole suite in which something described was never seen."""
-    unseen = list(never_seen()) if is_whole(session) else []
+    outcomes = session.config.pluginmanager.get_plugin("terminalreporter").stats
+    files = {Path(item.fspath) for item in session.items}
+    is_whole = "deselected" not in outcomes and files == set(TESTS.glob("test_*.py"))
+    unseen = list(never_seen()) if is_whole and session.testsfailed == 0 else []
     if unseen:
         session.exitstatus = 1
         print(f"\n\nFAILED: {FILE} describes what no test has seen:", *unseen, sep="\n    ")

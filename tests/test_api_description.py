@@ -2,115 +2,104 @@
 import json
 import re
 import subprocess
+import types
 from pathlib import Path
 
 import pytest
-
-import api_description
-from api_description import DOCUMENT, METHODS, codes, schema_of
+from api_description import DOCUMENT, METHODS, codes, observe, parameters_of, schema_of
 
 PAGE = (Path(__file__).parent.parent / "docs/api.md").read_text(encoding="utf-8")
 SECTIONS = dict(re.findall(r"^## (.*?)\n(.*?)(?=^## |\Z)", PAGE, re.DOTALL | re.MULTILINE))
 EXAMPLE = re.compile(r"^```sh\n(curl.*?)^```\n\n^```json\n(.*?)^```$", re.DOTALL | re.MULTILINE)
-# The moment at which the page's examples were run, and what prints a request in place of curl.
-PRINT_REQUESTS = ["faketime", "-f", "@2026-11-24 21:23:00", "bash", "-c"]
-CURL = 'curl() { for word; do printf "%s\\0" "$word"; done; }\n'
+# The page's examples were run at this moment. Instead of curl, a function prints what it is given.
+PRINT = ["faketime", "-f", "@2026-11-24 21:23:00", "bash", "-c",
+         'curl() { printf "%s\\0" "$@"; }; eval "$0"']
 
 
-def table(section, heading):
-    """The rows of the table with that heading in a section, without the marks of its cells."""
-    head = rf"^\| {heading} \|.*\n\|[-|]*\n"
-    rows = re.search(head + r"((?:\|.*\n)*)", SECTIONS[section], re.MULTILINE)
-    cells = [[cell.strip() for cell in row[1:-1].split("|")] for row in rows[1].splitlines()]
-    return [[re.sub(r"\[(.*?)\]\(.*?\)", r"\1", cell) for cell in row] for row in cells]
+def rows_of(text, heading=""):
+    """The rows of the first table with that heading, without the links in its cells."""
+    rows = re.search(rf"^\| {heading}.*\|\n\|[-|]*\n((?:\|.*\n)*)", text, re.MULTILINE)[1]
+    return [[cell.strip() for cell in re.sub(r"\[(.*?)\]\(.*?\)", r"\1", row)[1:-1].split("|")]
+            for row in rows.splitlines()]
 
 
 def form(parameter):
-    listed = parameter.get("type") == "array"
-    return parameter.get("items", parameter)["$ref"].split("/")[-1] + (" list" if listed else "")
+    listed = " list" if parameter.get("type") == "array" else ""
+    return parameter.get("items", parameter)["$ref"].split("/")[-1] + listed
 
 
-def default(schema, name):
-    if name in schema["required"]:
+def default(method, name):
+    request = schema_of(f"{method}_request")
+    if name in request["required"]:
         return "required"
-    if name in schema.get("then", {}).get("required", ()):
+    if name in request.get("then", {}).get("required", ()):
         return "required if `is_repeat`"
-    for other, needed in schema.get("dependentRequired", {}).items():
+    for other, needed in request.get("dependentRequired", {}).items():
         if name in needed:
             return f"required with `{other}`"
-    value = schema["properties"][name].get("default")
+    value = request["properties"][name].get("default")
     return {"": "empty", None: "none", True: "`true`"}.get(value, str(value))
 
 
-@pytest.mark.parametrize("method", METHODS)
-def test_the_page_has_the_tables_of_the_description(method):
-    request = schema_of(f"{method}_request")
-    assert [f"[`{method}`](#{method})", request["description"]] in [
-        [cell.strip() for cell in row[1:-1].split("|")] for row in PAGE.splitlines()]
-    assert table(f"`{method}`", "Parameter") == [
-        [f"`{name}`", form(parameter), default(request, name), parameter.get("description", "")]
-        for name, parameter in request["properties"].items() if name != "method"]
-    assert table(f"`{method}`", "Code") == rows_of(codes(method))
-
-
-def rows_of(branches):
+def code_rows(method):
     return [[str(code), branch["description"], branch.get("x-remedy", "")]
-            for code, branch in branches.items()]
+            for code, branch in codes(method).items()]
 
 
-def test_the_page_has_the_members_of_the_description_and_the_codes_of_all_methods():
-    def members(name):
-        return [[f"`{member}`", schema["description"]]
-                for member, schema in schema_of(name)["properties"].items()]
-
-    assert table("`list`", "Member") == members("list_data")
-    assert table("`list`", "Member of a schedule") == members("schedule")
-    assert table("Errors", "Code") == rows_of(codes(None))
-    forms = {form(parameter).removesuffix(" list") for method in METHODS
-             for name, parameter in schema_of(f"{method}_request")["properties"].items()
-             if name != "method"}
-    assert {name for name, *_ in table("Requests", "Form")} == forms
+def member_rows(name):
+    return [[f"`{member}`", schema["description"]]
+            for member, schema in schema_of(name)["properties"].items()]
 
 
-def examples_of_the_page():
-    """Every request that the page shows as its parameters, with the answer shown."""
-    for command, answer in EXAMPLE.findall(PAGE):
-        words = subprocess.run([*PRINT_REQUESTS, CURL + command], capture_output=True, check=True,
-                               text=True, env={"TZ": "UTC", "PATH": "/usr/bin:/bin"}).stdout
-        sent = re.findall(r"(?:\A|\0|[?&])(\w+)=([^\0&]*(?:& [^\0&]*)*)", words)
-        yield dict(sent), json.loads(answer)
+@pytest.mark.parametrize("method", METHODS)
+def test_the_page_has_the_parameters_and_codes_of_the_description(method):
+    section = SECTIONS[f"`{method}`"]
+    assert [f"`{method}`", schema_of(f"{method}_request")["description"]] in rows_of(PAGE, "Method")
+    assert rows_of(section, "Parameter") == [
+        [f"`{name}`", form(parameter), default(method, name), parameter.get("description", "")]
+        for name, parameter in parameters_of(method).items()]
+    assert rows_of(section, "Code") == code_rows(method)
 
 
-def test_the_examples_of_the_description_are_those_of_the_page():
-    shown = list(examples_of_the_page())
-    post = DOCUMENT["paths"]["/webapi/schedule_recording"]["post"]
-    requests = post["requestBody"]["content"]["application/x-www-form-urlencoded"]["examples"]
-    answer = DOCUMENT["components"]["responses"]["answer"]
-    answers = answer["content"]["application/json"]["examples"]
-    assert list(requests) == list(answers) == METHODS
-    for method in METHODS:
-        request = {name: text_of(value) for name, value in requests[method]["value"].items()}
-        assert (request, answers[method]["value"]) in shown, method
+def test_the_page_has_the_members_the_forms_and_the_common_codes_of_the_description():
+    assert rows_of(SECTIONS["`list`"], r"Member \|") == member_rows("list_data")
+    assert rows_of(SECTIONS["`list`"], "Member of a") == member_rows("schedule")
+    assert rows_of(SECTIONS["Errors"], "Code") == code_rows("common")
+    assert {row[0] for row in rows_of(SECTIONS["Requests"], "Form")} == {
+        form(parameter).removesuffix(" list")
+        for method in METHODS for parameter in parameters_of(method).values()}
 
 
-def text_of(value):
+def as_sent(value):
     """How a client writes the value of a parameter."""
     if isinstance(value, list):
-        return ",".join(map(text_of, value))
+        return ",".join(map(as_sent, value))
     return str(value).lower() if isinstance(value, bool) else str(value)
 
 
-@pytest.mark.parametrize("method, parameters, answer, complaint", [
-    ("list", {"tunr": "0"}, {"success": True, "data": {"schedules": [], "start": 0, "total": 0}},
-     "'tunr' was unexpected"),
-    ("list", {}, {"success": True, "data": {"schedules": [], "start": 0, "total": 0, "more": 1}},
-     "'more' was unexpected"),
+def test_the_examples_of_the_description_are_those_of_the_page():
+    shown = []
+    for command, answer in EXAMPLE.findall(PAGE):
+        words = subprocess.run([*PRINT, command], capture_output=True, check=True, text=True,
+                               env={"TZ": "UTC", "PATH": "/usr/bin:/bin"}).stdout
+        sent = re.findall(r"(?:\A|[\0?&])(\w+)=((?:[^\0&]|& )*)", words)
+        shown.append((dict(sent), json.loads(answer)))
+    post = DOCUMENT["paths"]["/webapi/schedule_recording"]["post"]["requestBody"]["content"]
+    requests = post["application/x-www-form-urlencoded"]["examples"]
+    answers = DOCUMENT["components"]["responses"]["answer"]["content"]["application/json"]
+    assert list(requests) == list(answers["examples"]) == METHODS
+    for method, example in requests.items():
+        request = {name: as_sent(value) for name, value in example["value"].items()}
+        assert (request, answers["examples"][method]["value"]) in shown
+
+
+@pytest.mark.parametrize("method, parameters, body, complaint", [
+    ("getinfo_repeat", {}, {"success": True, "more": 1}, "'more' was unexpected"),
     ("delete", {}, {"success": False, "error": {"code": 405}}, "delete answers 405"),
+    ("delete_passed", {"tuner": "0", "tunr": "0"}, {"success": True}, "'tunr' was unexpected"),
     ("delete", {"tuner": "0", "id": "9"}, {"success": True}, "'channel_id' is a dependency"),
-    ("create", {"tuner": "0", "id": "7", "start_time": "1,x"}, {"success": True}, "'x' is not of"),
-    ("edit_userdefine", {}, {"success": True, "error": {"code": 405}}, "False was expected"),
-    ("nonsense", {}, {"success": True, "data": {}}, "'nonsense' answers"),
-], ids=["parameter", "member", "code", "required with", "list", "outcome", "unknown method"])
-def test_what_is_not_described_is_named(method, parameters, answer, complaint):
+    ("delete_userdefine", {"tuner": "0", "id": "1,x"}, {"success": True}, "'x' is not of type"),
+], ids=["member", "code", "parameter", "pair of parameters", "list"])
+def test_what_is_not_described_is_named(method, parameters, body, complaint):
     with pytest.raises(AssertionError, match=complaint):
-        api_description.observe(method, parameters, answer)
+        observe(method, parameters, types.SimpleNamespace(body=body))

@@ -1,63 +1,55 @@
-"""Runs the programs of docs/clients.md and the one of docs/api.md, as they stand there."""
-import contextlib
-import io
+"""Runs the programs of docs/clients.md, and the one of docs/api.md, as they stand there."""
+import json
 import os
 import re
 import subprocess
 import sys
-import time
-import types
-from pathlib import Path
 
 import pytest
-import requests
+from conftest import SOURCE, Appliance, WebServer, program_environment
 
-import api_description
-
-DOCS = Path(__file__).parent.parent / "docs"
 INTERPRETERS = {"bash": ["bash"], "python": [sys.executable],
                 "javascript": ["node", "--input-type=module"]}
 
 
-def program(page, language):
+def block(page, language):
     """The one block of that language in a page."""
-    [block] = re.findall(rf"^```{language}\n(.*?)^```$", (DOCS / page).read_text(encoding="utf-8"),
-                         re.DOTALL | re.MULTILINE)
-    return block
+    text = (SOURCE / "docs" / page).read_text(encoding="utf-8")
+    [code] = re.findall(rf"^```{language}\n(.*?)^```$", text, re.DOTALL | re.MULTILINE)
+    return code
 
 
-def schedules(site):
-    answer = requests.get(f"{site}/webapi/schedule_recording?method=list&tuner=1",
-                          auth=("viewer", "viewer")).json()
-    api_description.observe("list", {"tuner": "1"}, answer)
-    return answer["data"]["schedules"]
+def output_of(server, page, language, environment):
+    """What a program of a page prints if it asks that server."""
+    code = block(page, language).replace("http://127.0.0.1:8080", server.url)
+    run = subprocess.run(INTERPRETERS[language], input=code, text=True, capture_output=True,
+                         env=os.environ | {"no_proxy": "*"} | environment)
+    assert (run.returncode, run.stderr) == (0, ""), run.stdout
+    return run.stdout
+
+
+def schedules(server):
+    files = server.appliance.snapshot()
+    return [json.loads(files[name]) for name in ("one_shot_of_1", "repeat_of_1", "user_defined")]
 
 
 @pytest.mark.parametrize("language", INTERPRETERS)
 def test_client_lists_creates_edits_handles_an_error_and_deletes(web_server, language):
     before = schedules(web_server)
-    code = program("clients.md", language).replace("http://127.0.0.1:8080", web_server)
-    run = subprocess.run(INTERPRETERS[language], input=code, text=True, capture_output=True,
-                         env={**os.environ, "no_proxy": "*"})
-    assert (run.returncode, run.stderr) == (0, "")
-    expected = ["The Quiet Harbour", "Mittagswetter", "10:40", "Tea & scones", "overlap", "stays"]
-    assert re.search(".*".join(expected), run.stdout, re.DOTALL), run.stdout
+    printed = output_of(web_server, "clients.md", language, {})
+    assert re.search("Quiet Harbour.*Mittagswetter.*10:40.*Tea & scones.*overlap.*stays", printed,
+                     re.DOTALL), printed
     assert schedules(web_server) == before
 
 
-def test_clock_reading_gives_the_exact_start_beyond_a_change_of_the_clocks(appliance, monkeypatch):
-    """The example of docs/api.md, on an appliance in Berlin in winter."""
-    def post(_address, auth, data):
-        method, parameters = data["method"], {**data}
-        del parameters["method"]
-        answer = appliance.request(method, user=auth[0], now="2026-11-24 21:23:00",
-                                   zone="Europe/Berlin", **parameters)
-        return types.SimpleNamespace(json=lambda: {"success": answer.code is None,
-                                                   "data": answer.data})
-
-    monkeypatch.setattr(requests, "post", post)
-    monkeypatch.setattr(time, "time", lambda: 1795551780)  # the same moment
-    printed = io.StringIO()
-    with contextlib.redirect_stdout(printed):
-        exec(program("api.md", "python"), {})
-    assert printed.getvalue() == program("api.md", "text").replace("}", ", 'data': None}")
+def test_clock_reading_names_the_exact_start_beyond_a_change_of_the_clocks(build, tmp_path):
+    # The client is in New York and the appliance in Berlin; it is winter, and the start in summer.
+    berlin, new_york = (program_environment("2026-11-24 20:23", zone)
+                        for zone in ("Europe/Berlin", "America/New_York"))
+    program = tmp_path / "schedule_recording"
+    variables = " ".join(f"'{name}={value}'" for name, value in berlin.items())
+    program.write_text(f"#!/bin/sh\nexec env {variables} '{build.program}'\n")
+    program.chmod(0o700)
+    with WebServer(program, Appliance(build), tmp_path) as server:
+        printed = output_of(server, "api.md", "python", new_york)
+    assert printed == block("api.md", "text")
