@@ -37,8 +37,7 @@ def schedules(server):
 def test_client_lists_creates_edits_handles_an_error_and_deletes(web_server, language):
     before = schedules(web_server)
     printed = output_of(web_server, "clients.md", language, {})
-    assert re.search("Quiet Harbour.*Mittagswetter.*10:40.*Tea & scones.*overlap.*stays", printed,
-                     re.DOTALL), printed
+    assert re.search("(?s)Harbour.*wetter.*10:40.*Tea & scones.*overlap.*stays", printed), printed
     assert schedules(web_server) == before
 
 
