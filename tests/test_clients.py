@@ -9,7 +9,7 @@ import pytest
 from conftest import SOURCE, Appliance, WebServer, program_environment
 
 INTERPRETERS = {"bash": ["bash"], "python": [sys.executable],
-                "javascript": ["node", "--input-type=module"]}
+                "javascript": ["node", "--no-warnings", "--input-type=module"]}
 
 
 def block(page, language):
