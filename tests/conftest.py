@@ -16,6 +16,8 @@ from pathlib import Path
 import pytest
 from schedules import Schedule, epoch
 
+pytest.register_assert_rewrite("api_description")
+pytest_plugins = ["api_description"]
 SOURCE = Path(__file__).resolve().parent.parent
 NOW = "2025-07-01 12:00"  # a Tuesday
 [FAKETIME] = glob.glob("/usr/lib/*/faketime/libfaketime.so.1")

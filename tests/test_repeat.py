@@ -40,7 +40,8 @@ def test_create_repeat_on_the_local_weekday(appliance, zone, days):
 
 
 @pytest.mark.parametrize("isweekly, stored", [
-    (None, True), ("x", True), ("FALSE", False), ("true", True)])
+    (None, True), pytest.param("x", True, marks=pytest.mark.sloppy), ("FALSE", False),
+    ("true", True)])
 def test_create_repeat(appliance, isweekly, stored):
     assert ask(appliance, "create_repeat", isweekly=isweekly) == Answer()
     appliance.expect_changes(repeat=[OTHER, made(isweekly=stored)], commands=["reload"])
@@ -51,7 +52,8 @@ def test_edit_repeat_needs_isweekly(appliance, isweekly, code):
     assert ask(appliance, "edit_repeat", isweekly=isweekly) == Answer(code)
 
 
-@pytest.mark.parametrize("days", ["1,0,0,0,0,0,0", "1"])
+@pytest.mark.parametrize("days", [
+    "1,0,0,0,0,0,0", pytest.param("1", marks=pytest.mark.sloppy)])
 def test_edit_repeat(appliance, days):
     assert ask(appliance, "edit_repeat", "nouid", isweekly="false", weekdaystatus=days) == Answer()
     appliance.expect_changes(commands=["reload"], repeat=[
@@ -111,7 +113,8 @@ def three(appliance):
     case("paired by position", "1000,2000", "8,7", [A, B, C]),
     case("two positions", "1000,2000", "7,8@5", []),
     case("other start", "1001", "7", [A, B, C]),
-    case("names beyond 32 bits", "4294968296", "7", [A, B, C])])
+    case("names beyond 32 bits", "4294968296", "7", [A, B, C],
+         marks=pytest.mark.sloppy)])
 def test_delete_repeat(three, starts, channels, left):
     assert three.request("delete_repeat", tuner=0, id=starts, channel_id=channels) == Answer()
     three.expect_changes(repeat=left)
@@ -125,6 +128,7 @@ def test_delete_repeat_bad_parameter(three, changes):
         "tuner": 0, "id": 1000, "channel_id": 7} | changes) == Answer(101)
 
 
+@pytest.mark.sloppy
 @pytest.mark.parametrize("stored", [None, "[", "{}"])
 @pytest.mark.parametrize("method, line", [("delete_repeat", 1032), ("getinfo_repeat", 926)])
 def test_repeat_file_not_loaded(appliance, method, line, stored):
@@ -168,7 +172,7 @@ def test_getinfo_repeat(appliance, stored, channel):
 @pytest.mark.parametrize("changes, code", [
     ({"tuner": None}, 101), ({"start_time": None}, 101), ({"start_time": "1x"}, 101),
     ({"start_time": -1}, 101), ({"id": None}, 101), ({"id": "x"}, 101),
-    ({"id": 9}, None), ({"start_time": 0}, None)], ids=str)
+    ({"id": 9}, None), pytest.param({"start_time": 0}, None, marks=pytest.mark.sloppy)], ids=str)
 def test_getinfo_repeat_of_none(three, changes, code):
     assert three.request("getinfo_repeat", **{
         "tuner": 0, "start_time": 1000, "id": "7"} | changes) == Answer(code)
