@@ -1,9 +1,15 @@
-/// @file What the fuzz targets share: how an input is cut into texts, and what ends one that fails.
+/// @file What the fuzz targets share: how an input is cut into texts, files of the appliance, and
+/// what ends an input that fails.
 #pragma once
+
+#include "platform/appliance_paths.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -30,5 +36,15 @@ inline void Require(bool holds)
 {
     if (!holds) {
         std::abort();
+    }
+}
+
+/// Replaces a file of the appliance; empty text removes it.
+inline void Put(std::string const& path, std::string const& text)
+{
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    std::filesystem::remove(path); // file systems flush what is truncated and rewritten
+    if (!text.empty()) {
+        std::ofstream(path, std::ios::binary) << text;
     }
 }

@@ -1,12 +1,11 @@
 /// @file Fuzz target: the functions that take texts apart, each by itself.
+#include "frame/schedule_recording_api.h"
 #include "fuzz/fuzz_target.h"
 #include "kald/libc.h"
 #include "kald/web_api_util.h"
 #include "network/host_port.h"
 #include "platform/standin/documents.h"
 #include "platform/standin/json_reader.h"
-#include "tests/support/appliance.h"
-#include "tests/support/seams.h"
 #include "tremolane/recording_service.h"
 
 #include <json/reader.h>
@@ -56,11 +55,10 @@ void TakeApart(std::string const& text, std::string const& other)
 
 void ReadSetting(std::string const& text, std::string const& key)
 {
-    Appliance::Remove("/etc/kaldinfo.conf"); // file systems flush what is truncated and rewritten
-    Appliance::Write("/etc/kaldinfo.conf", text);
+    Put(appliance::kSettingsFile, text);
     char value[8] = "";
-    int const length = KDLIBCFileGetKeyValue(Appliance::PathOf("/etc/kaldinfo.conf").c_str(),
-                                             key.c_str(), value, sizeof value, 0);
+    int const length =
+        KDLIBCFileGetKeyValue(appliance::kSettingsFile, key.c_str(), value, sizeof value, 0);
     Require(length >= 0 && std::string(value).size() <= static_cast<std::size_t>(length));
 }
 
@@ -85,12 +83,10 @@ void FindOverlap(std::string const& numbers, std::string const& oneShot, std::st
     int duration = 0;
     KALD::WebAPIUtil::ParseInt(pair.size() > 0 ? pair[0].asCString() : "", &start);
     KALD::WebAPIUtil::ParseInt(pair.size() > 1 ? pair[1].asCString() : "", &duration);
-    try { // a member of the wrong type ends the request; a text nested deep, the parsing here
-        Json::Value shots = Parsed(oneShot);
-        Json::Value rules = Parsed(repeat);
-        KALDTremolane::TaskIsOverLap(start, duration, shots, rules);
-    } catch (Json::Exception const&) {
-    }
+    Json::Value shots, rules;
+    standin::ParseJson(oneShot, shots);
+    standin::ParseJson(repeat, rules);
+    KALDTremolane::TaskIsOverLap(start, duration, shots, rules);
 }
 
 } // namespace
@@ -102,6 +98,5 @@ int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
     ReadSetting(texts[0], texts[1]);
     ReadJson(texts[0]);
     FindOverlap(texts[0], texts[2], texts[3]);
-    seams::Reset(); // what is kept from one input to the next makes the fuzzer look for leaks
     return 0;
 }

@@ -1,0 +1,39 @@
+"""Commands that run the program with a system call that fails, by strace."""
+
+
+def failing(calls, *paths, at="1+", error="EIO"):
+    """Fails calls of a name, or of several with commas; `at` is strace's when: 2, or 2+ from there
+    on. With paths only calls that name one first, or use a descriptor of one, count."""
+    only = [word for path in paths for word in ("-P", str(path))]
+    return ["strace", "-f", "-qq", "-o", "/dev/null", *only,
+            "-e", f"inject={calls}:error={error}:when={at}"]
+
+
+def unsaved(appliance, name):
+    """Fails every save of a file, for want of room: its temporary file does not get its name."""
+    path = appliance.path(name)
+    return failing("rename,renameat2", path, f"{path}.tmp", error="ENOSPC")
+
+
+def daemon_fails(appliance, after):
+    """The tuner daemon takes that many commands and no more."""
+    return failing("openat", appliance.path("commands"), at=f"{after + 1}+")
+
+
+def failing_nth(name, nth, what):
+    """Fails the nth call of that name in the whole run: what is `error=EIO` or `signal=KILL`."""
+    return ["strace", "-f", "--seccomp-bpf", "-qq", "-o", "/dev/null",
+            "-e", f"inject={name}:{what}:when={nth}"]
+
+
+def calls_of(trace, path):
+    """The calls of a strace from the first that names the path: each name, and which call of that
+    name it is."""
+    counts, calls = {}, []
+    for line in trace.splitlines():
+        name = line.split(maxsplit=1)[1].partition("(")[0]
+        if name.isidentifier():
+            counts[name] = counts.get(name, 0) + 1
+            if calls or path in line:
+                calls.append((name, counts[name]))
+    return calls

@@ -1,0 +1,79 @@
+/// @file Another API class of the package, as a CGI program: it answers what it is asked about its
+/// base class and about network/. The parameter `ask` names the questions, with commas between.
+#include "frame/video_web_api.h"
+#include "kald/web_api_util.h"
+#include "network/host_port.h"
+#include "network/probes.h"
+#include "network/run_as_guard.h"
+
+#include <syslog.h>
+#include <unistd.h>
+
+#include <map>
+
+namespace {
+
+using namespace Tremolane::network_utils;
+
+struct OtherApi : Tremolane::VideoWebAPI {
+    using Answers = std::map<std::string, std::string (*)(OtherApi& api)>;
+
+    bool SupportsSharing() override
+    {
+        ::syslog(LOG_DEBUG, "SupportsSharing");
+        return true;
+    }
+
+    bool IsSharingIdValid(std::string const& id) override
+    {
+        ::syslog(LOG_DEBUG, "IsSharingIdValid");
+        return id == "good";
+    }
+
+    void Process() override
+    {
+        static Answers const kAnswers = {
+            {"sharing", [](OtherApi& api) { return Text(api.CheckSharing()); }},
+            {"may share", [](OtherApi& api) { return Text(api.IsAllowSharing()); }},
+            {"may render", [](OtherApi& api) { return Text(api.IsAllowRenderer()); }},
+            {"not found", [](OtherApi& api) { return api.SendNotFoundPage(), Text(true); }},
+            {"number", [](OtherApi& api) { return api.GetIntParamText("n"); }},
+            {"base", [](OtherApi&) { return GetBasePath(); }},
+            {"request", [](OtherApi&) { return GetRequestUrl(); }},
+            {"external", [](OtherApi&) { return GetExternalUrl(); }},
+            {"host", [](OtherApi&) { return GetExternalHost(); }},
+            {"port", [](OtherApi&) { return GetExternalPort(); }},
+            {"relay", [](OtherApi&) { return Name(GetRelayName); }},
+            {"ddns", [](OtherApi&) { return Name(GetDdnsHostName); }},
+            {"become",
+             [](OtherApi&) {
+                 return Text(::setresgid(-1, 8, -1) == 0 && ::setresuid(-1, 9, -1) == 0);
+             }},
+            {"guard", [](OtherApi&) { return Text(RunAsGuard(7).Ok()); }},
+            {"guard a loss", [](OtherApi&) {
+                 RunAsGuard const guard(7);
+                 return Text(guard.Ok() && ::setresuid(-1, 5, -1) == 0);
+             }}};
+        Json::Value answers;
+        for (auto const& word : KALD::WebAPIUtil::ParseToArray(m_request.In("ask", ""), ",")) {
+            answers.append(kAnswers.at(word.asString())(*this));
+        }
+        SetResponse(answers);
+    }
+
+    static std::string Text(bool holds) { return holds ? "yes" : "no"; }
+
+    static std::string Name(bool (*ask)(std::string& name))
+    {
+        std::string name = "untouched";
+        return (ask(name) ? "found " : "none ") + name;
+    }
+};
+
+} // namespace
+
+int main()
+{
+    OtherApi().Run();
+    return 0;
+}

@@ -1,0 +1,129 @@
+"""Faults at every system call of every changing method: what is stored is whole, and once the next
+request has run it is all as before the request or all as after it."""
+import fcntl
+import json
+import time
+import urllib.parse
+
+import pytest
+from conftest import ETC, Answer
+from every_method import CHANGING, STORED, query_of
+from faults import calls_of, daemon_fails, failing_nth
+
+RECOVERY = {"method": "delete_passed", "tuner": 9}  # the next request, which changes nothing
+MEMORY = ("exit_group", "brk", "futex")
+READING = ("read", "newfstatat", "close", "mmap", "munmap", "geteuid", "getpid", "rt_sigaction")
+
+
+class Faults:
+    """Runs one request again and again, each time with a fault at another of its calls."""
+
+    def __init__(self, appliance, method):
+        self.appliance = appliance
+        self.query = query_of(method)
+        self.before = self.reset()
+        self.run()
+        self.after = self.state()
+        assert self.before != self.after, "nothing is tested by a request that changes nothing"
+
+    def reset(self):
+        etc = self.appliance.root / ETC
+        for left in [*etc.rglob(".*"), *etc.rglob("*.tmp")]:
+            left.unlink()
+        self.appliance.forget()
+        self.appliance.store(**STORED)
+        return self.state()
+
+    def run(self, under=(), query=None):
+        query = urllib.parse.urlencode(query or self.query)
+        run = self.appliance.launch({"QUERY_STRING": query, "REMOTE_USER": "admin"}, now=None,
+                                    under=under)
+        self.appliance.forget()
+        return run
+
+    def calls(self, trace, query=None):
+        """The calls of a run that can fail, from its first look at the package's files on."""
+        self.run(["strace", "-f", "-o", trace], query)
+        calls = calls_of(trace.read_text(), f"{ETC}/")
+        assert len(calls) > 20
+        return [call for call in calls if call[0] not in MEMORY]
+
+    def state(self):
+        """The three documents; each must be whole."""
+        return {name: json.loads(self.appliance.path(name).read_text()) for name in STORED}
+
+    def recover(self, under=()):
+        return self.run(under, RECOVERY)
+
+
+@pytest.fixture(params=CHANGING)
+def faults(request, appliance):
+    return Faults(appliance, request.param)
+
+
+@pytest.mark.slow
+def test_killed_at_every_call(faults, tmp_path):
+    faults.reset()
+    for call in faults.calls(tmp_path / "trace"):
+        if call[0] not in READING:
+            faults.reset()
+            assert faults.run(failing_nth(*call, "signal=KILL")).returncode != 0
+            faults.state()
+            assert faults.recover().returncode == 0
+            assert faults.state() in (faults.before, faults.after), call
+
+
+@pytest.mark.slow
+def test_killed_in_recovery(faults, tmp_path):
+    """The request is killed when all is stored, and then the recovery at each of its calls."""
+    faults.reset()
+    last = [call for call in faults.calls(tmp_path / "trace") if call[0] == "unlink"][-1]
+
+    def killed():
+        faults.reset()
+        faults.run(failing_nth(*last, "signal=KILL"))
+        assert faults.state() == faults.after
+
+    killed()
+    for call in faults.calls(tmp_path / "trace", RECOVERY):
+        if call[0] not in READING:
+            killed()
+            faults.recover(failing_nth(*call, "signal=KILL"))
+            faults.state()
+            faults.recover()
+            assert faults.state() == faults.before, call
+
+
+@pytest.mark.slow
+def test_eio_at_every_call(faults, tmp_path):
+    """A request under which the device fails is answered, and a success is one. It may also end
+    as if the tuner daemon did not take a command."""
+    faults.reset()
+    calls, states = faults.calls(tmp_path / "trace"), [faults.before, faults.after]
+    for taken in range(3):
+        faults.reset()
+        faults.run(daemon_fails(faults.appliance, taken))
+        states.append(faults.state())
+    for call in calls:
+        faults.reset()
+        run = faults.run(failing_nth(*call, "error=EIO"))
+        assert run.returncode == 0, call
+        faults.recover()
+        is_success = b'{"success":true}' in run.stdout
+        assert faults.state() in ([faults.after] if is_success else states), call
+
+
+@pytest.mark.slow
+def test_lock_held_by_another(appliance):
+    """A request that changes waits for the lock, but not for ever; list does not wait."""
+    appliance.request("delete_passed", tuner=0)
+    with open(appliance.root / ETC / ".schedules.lock", "rb") as lock:
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        begin = time.monotonic()
+        assert appliance.request("list").code is None
+        assert time.monotonic() - begin < 5
+        answer = appliance.request("create", tuner=0, id=7, start_time=5, now=None)
+        assert 5 < time.monotonic() - begin < 30
+    log = "another request holds for too long " + str(appliance.root / ETC / ".schedules.lock")
+    assert answer.code == 100 and answer.log[0].startswith(log)
+    assert appliance.request("delete_passed", tuner=0) == Answer()
