@@ -69,6 +69,7 @@ bool Commit(std::string const& temporary, std::string const& path)
     bool const isNew = !isExchanged && errno == ENOENT;
     bool const isMoved = isExchanged || std::rename(temporary.c_str(), path.c_str()) == 0;
     bool const isSynced = isMoved && SyncFolderOf(path);
+    int const error = errno;
     if (!isSynced) {
         NoteFailure();
     }
@@ -81,6 +82,7 @@ bool Commit(std::string const& temporary, std::string const& path)
     if (isExchanged || !isMoved) {
         ::unlink(temporary.c_str());
     }
+    errno = error;
     return isSynced;
 }
 
@@ -180,7 +182,9 @@ bool WriteWholeFile(std::string const& path, std::string_view text)
     if (!fd || !WriteAll(fd.Get(), text) || !CopyOwnerAndMode(fd.Get(), path) ||
         ::fsync(fd.Get()) != 0) {
         NoteFailure();
+        int const error = errno;
         ::unlink(temporary.c_str());
+        errno = error;
         return false;
     }
     return Commit(temporary, path);

@@ -5,7 +5,10 @@
 #include "platform/standin/unique_fd.h"
 
 #include <fcntl.h>
+#include <syslog.h>
 
+#include <cerrno>
+#include <cstring>
 #include <string>
 
 namespace {
@@ -16,7 +19,13 @@ bool Command(std::string const& line)
     constexpr mode_t kMode = 0644;
     standin::UniqueFd const fd(::open(
         appliance::kDaemonCommands, O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_CLOEXEC, kMode));
-    return fd && ::write(fd.Get(), line.data(), line.size()) == static_cast<ssize_t>(line.size());
+    bool const isWritten =
+        fd && ::write(fd.Get(), line.data(), line.size()) == static_cast<ssize_t>(line.size());
+    if (!isWritten) {
+        ::syslog(LOG_ERR, "cannot tell the tuner daemon by %s: %s", appliance::kDaemonCommands,
+                 std::strerror(errno));
+    }
+    return isWritten;
 }
 
 } // namespace

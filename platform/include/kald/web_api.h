@@ -36,9 +36,6 @@ private:
     /// Reads the request from the CGI environment; false if it is malformed.
     bool Read();
 
-    /// Adds the parameters of a form in the body of a POST; false if the body is malformed.
-    bool ReadForm();
-
     std::unique_ptr<Request> m_request;
 };
 

@@ -37,7 +37,8 @@ bool EditRepeatSche(Json::Value& out, int tuner, std::string const& id, char con
 int GetRepeatLimitTime(int isWeekly, char const* weekdayStatus, char const* endDate, int* weekdays);
 
 /// Whether `duration` seconds from `start` on overlap a record of either schedule file. Records
-/// whose start_time is 0 do not count. The documents are only read.
+/// whose start_time is 0 do not count. Between calls with the same two documents their records must
+/// not change.
 bool TaskIsOverLap(int start, int duration, Json::Value& oneShot, Json::Value& repeat);
 
 /// The index in the user-defined file of the record with that start and tuner, and the record in
