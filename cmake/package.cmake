@@ -13,6 +13,8 @@ foreach(library IN LISTS built_in_libraries)
     DESTINATION share/doc/${package_name} RENAME copyright.${library})
 endforeach()
 install(DIRECTORY docs/ DESTINATION share/doc/${package_name}/docs FILES_MATCHING PATTERN "*.md")
+install(DIRECTORY web/ DESTINATION share/${package_name}/web
+  FILES_MATCHING PATTERN "*.html" PATTERN "*.css" PATTERN "*.js")
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME ${package_name})

@@ -67,7 +67,7 @@ def serve(program, appliance):
         probe.bind(("127.0.0.1", 0))
         port = probe.getsockname()[1]
     os.environ.update(WEB_PORT=str(port), WEB_PROGRAM=str(program), WEB_ACCESS_LOG="/dev/null",
-                      WEB_LOGINS=f"{appliance}/etc/logins", PATH=os.environ["PATH"] + ":/usr/sbin")
+                      WEB_PAGE=f"{SOURCE}/web", WEB_LOGINS=f"{appliance}/etc/logins", PATH=os.environ["PATH"] + ":/usr/sbin")
     server = subprocess.Popen(["setpriv", "--pdeathsig", "TERM", "lighttpd", "-D", "-f",
                                SOURCE / "dev/lighttpd.conf"])
     while socket.socket().connect_ex(("127.0.0.1", port)) != 0:
