@@ -74,7 +74,7 @@ async function read(tuner = schedules.tuner) {
   }
   const turn = await loading;
   await show(turn);
-  await schedules.loadRules().finally(() => show(turn));
+  if (schedules.lacksRules()) await schedules.loadRules().finally(() => show(turn));
 }
 
 /** Says what went wrong in words. */

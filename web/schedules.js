@@ -49,6 +49,8 @@ export class Schedules {
     return turn;
   }
 
+  lacksRules() { return this.plans.some(({ rule }) => rule === undefined); }
+
   /** Fetches the days and the ends of the repeat schedules, which `list` does not tell. */
   async loadRules() {
     const { plans, tuner } = this;
