@@ -2,7 +2,6 @@
 import base64
 import datetime
 import os
-import re
 import shutil
 import zoneinfo
 
@@ -15,25 +14,28 @@ from selenium.webdriver.chrome.service import Service  # noqa: E402
 from selenium.webdriver.common.keys import Keys  # noqa: E402
 from selenium.webdriver.support.wait import WebDriverWait  # noqa: E402
 
-BERLIN = zoneinfo.ZoneInfo("Europe/Berlin")
-DAY = datetime.timedelta(days=1)
+BERLIN, DAY = zoneinfo.ZoneInfo("Europe/Berlin"), datetime.timedelta(days=1)
 NOW = datetime.datetime.now(BERLIN).replace(tzinfo=None)
 TODAY = NOW.replace(hour=0, minute=0, second=0, microsecond=0)
-MONDAY = TODAY - TODAY.weekday() * DAY
+MARKUP = """<img src=x onerror="document.title='run'">"""
 BOXES = """
     return [...document.querySelectorAll(".box")].map((box) => {
       const list = box.closest("ol").getBoundingClientRect(), own = box.getBoundingClientRect();
       const minute = 5 * Math.round((own.top - list.top) / list.height * 288);
-      const day = new Date(1000 * box.closest(".day").dataset.day).toISOString().slice(0, 10);
-      return [day, minute, box.querySelector(".title").textContent, box.className];
+      const day = new Date(1000 * box.closest(".day").dataset.day).toISOString();
+      return [day.slice(0, 10), minute, box.querySelector(".title").textContent, box.className];
     });"""
 FILL = """
     const fields = document.querySelector("#recording form").elements;
     for (const [name, value] of Object.entries(arguments[0])) {
-      if (name === "day") fields.day.forEach((box, day) => { box.checked = value[2 * day] === "1"; });
+      if (name === "day") fields.day.forEach((one, day) => { one.checked = value[2 * day] > 0; });
       else fields[name][typeof value === "boolean" ? "checked" : "value"] = value;
     }
     fields[0].form.dispatchEvent(new Event("input"));"""
+
+
+def start_of(record):
+    return datetime.datetime.fromtimestamp(record["start_time"], BERLIN).replace(tzinfo=None)
 
 
 @pytest.fixture(scope="module")
@@ -43,10 +45,9 @@ def server(build, tmp_path_factory):
     program = folder / "schedule_recording"
     program.write_text(f"#!/bin/sh\nTZ={BERLIN.key} exec {build.program}\n", encoding="ascii")
     program.chmod(0o755)
-    with pytest.MonkeyPatch.context() as patch:
-        patch.setenv("TZ", BERLIN.key)
-        with WebServer(program, Appliance(build), folder) as running:
-            yield running
+    with pytest.MonkeyPatch.context() as patch, WebServer(program, Appliance(build), folder) as web:
+        patch.setenv("TZ", BERLIN.key)  # for the sample
+        yield web
 
 
 @pytest.fixture(scope="module")
@@ -57,10 +58,9 @@ def browser():
     options.add_experimental_option("prefs", {"intl.accept_languages": "en-GB"})
     for option in ("headless=new", "no-sandbox", "disable-dev-shm-usage"):
         options.add_argument(f"--{option}")
-    service = Service(shutil.which("chromedriver"), env=os.environ | {"TZ": "Asia/Kolkata", "LC_ALL": "C"})
-    chrome = webdriver.Chrome(service=service, options=options)
-    yield chrome
-    chrome.quit()
+    environment = os.environ | {"TZ": "Asia/Kolkata", "LC_ALL": "C"}
+    with webdriver.Chrome(service=Service(env=environment), options=options) as chrome:
+        yield chrome
 
 
 class Page:
@@ -68,69 +68,48 @@ class Page:
 
     def __init__(self, server, browser):
         self.server, self.browser, self.stored = server, browser, server.appliance.stored
+        self.tell = browser.execute_cdp_cmd
 
     def open(self, fragment="", login="viewer", width=1280):
         word = base64.b64encode(f"{login}:{login}".encode()).decode()
-        self.tell("Network.enable")
-        self.tell("Network.setExtraHTTPHeaders", headers={"Authorization": f"Basic {word}"})
-        self.tell("Emulation.setDeviceMetricsOverride", width=width, height=900, mobile=False,
-                  deviceScaleFactor=1)
+        self.tell("Network.enable", {})
+        self.tell("Network.setExtraHTTPHeaders", {"headers": {"Authorization": f"Basic {word}"}})
+        self.tell("Emulation.setDeviceMetricsOverride",
+                  {"width": width, "height": 900, "deviceScaleFactor": 1, "mobile": False})
         self.browser.get("about:blank")
         self.browser.get(f"{self.server.url}/#{fragment}")
-        self.settle()
-        return self
-
-    def tell(self, command, **options):
-        self.browser.execute_cdp_cmd(command, options)
+        self.see("main[aria-busy=false]")
 
     def all(self, selector, words=""):
         found = self.browser.find_elements("css selector", selector)
-        return [element for element in found if words in element.text]
+        return [one for one in found if words in one.text]
 
-    def wait(self, condition):
+    def see(self, selector, words=""):
+        """Waits until there is such an element with these words, and answers it."""
         waiting = WebDriverWait(self.browser, 5, 0.02, [StaleElementReferenceException])
-        return waiting.until(lambda _: condition())
-
-    def settle(self):
-        self.wait(lambda: self.all("main[aria-busy=false]"))
-
-    def says(self, selector, words):
-        self.wait(lambda: self.all(selector, words))
-
-    def click(self, selector, words=""):
-        self.wait(lambda: self.all(selector, words))[0].click()
-
-    def boxes(self):
-        return self.browser.execute_script(BOXES)
-
-    def fill(self, **fields):
-        self.browser.execute_script(FILL, fields)
+        return waiting.until(lambda _: self.all(selector, words))[0]
 
     def change(self, row="", **fields):
         """Opens the dialog for a row of the list, or for a new recording, and fills fields."""
-        self.click(*((".row", row) if row else ("#create",)))
-        self.wait(lambda: self.all("#recording[open]"))
-        self.fill(**fields)
+        self.see(*((".row", row) if row else ("#create",))).click()
+        self.see("#recording[open]")
+        self.browser.execute_script(FILL, fields)
 
     def save(self):
-        self.click("#recording [type=submit]")
-        self.says("#done", "Saved")
-        self.settle()
+        self.see("#recording [type=submit]").click()
+        self.see("#done", "Saved")
 
-    def confirm(self, button):
-        self.click("#question[open] button", button)
-        self.settle()
+    def press(self, selector, answer):
+        """Presses a button, and answers the question that it asks."""
+        self.see(selector).click()
+        self.see("#question[open] button", answer).click()
+        self.see("main[aria-busy=false]")
 
     def records(self):
-        """What is stored, as its local start, channel, length, title and rule."""
-        stored = self.stored()
-        return {(start_of(record), record.get("id", record.get("service_id")), record["duration"],
-                 record["title"], record.get("weekdaystatus"), record.get("end_date"),
-                 record.get("isweekly")) for record in stored.one_shot + stored.repeat}
-
-
-def start_of(record):
-    return datetime.datetime.fromtimestamp(record["start_time"], BERLIN).replace(tzinfo=None)
+        """What is stored, as its local start, title, channel, length and rule."""
+        return {(start_of(record), record["title"], record.get("id", record.get("service_id")),
+                 record["duration"], *map(record.get, ("weekdaystatus", "end_date", "isweekly")))
+                for record in self.stored().one_shot + self.stored().repeat}
 
 
 @pytest.fixture
@@ -140,8 +119,7 @@ def page(server, browser, request):
     failed = request.session.testsfailed
     yield Page(server, browser)
     if request.session.testsfailed > failed:
-        name = re.sub(r"\W+", "-", request.node.name)
-        browser.save_screenshot(str(SOURCE / f"build/{name}.png"))
+        browser.save_screenshot(str(SOURCE / f"build/{request.node.name}.png"))
 
 
 def occurrences(stored, first):
@@ -158,88 +136,67 @@ def occurrences(stored, first):
 
 def test_page_shows_the_weeks_of_the_sample(page):
     page.open()
+    page.see(".box", "Sand and Stars")
     picture = SOURCE / os.environ.get("WEEK_PICTURE", "build/week.png")
-    page.wait(lambda: page.all(".box", "Morgenbericht"))
     page.browser.save_screenshot(str(picture))
     assert picture.stat().st_size <= 150_000
-    for first in (MONDAY, MONDAY + 7 * DAY):
-        shown = {(*box[:3], "passed" in box[3]) for box in page.boxes()}
+    for first in (TODAY - (TODAY.weekday() - days) * DAY for days in (0, 7)):
+        shown = {(*box[:3], "passed" in box[3]) for box in page.browser.execute_script(BOXES)}
         assert shown == set(occurrences(page.stored(), first))
-        page.click("#next")
+        page.see("#next").click()
 
 
-@pytest.mark.parametrize("kind, title, rule", [
-    case("one-shot", {"kind": "oneshot"}, "", (None, None, None)),
-    case("repeat", {"kind": "repeat"}, "", ("1,1,1,1,1,1,1", "1", True)),
-    case("user-defined", {"kind": "userdefine"}, "Tea", (None, None, None)),
-    case("user-defined repeat", {"kind": "userdefine", "repeats": True}, "Tea",
-         ("1,1,1,1,1,1,1", "1", True))])
-def test_page_creates_changes_and_deletes(page, kind, title, rule):
+@pytest.mark.parametrize("kind, title, is_repeat", [
+    case("one-shot", {"kind": "oneshot"}, "", False),
+    case("repeat", {"kind": "repeat"}, "", True),
+    case("user-defined", {"kind": "userdefine"}, MARKUP, False),
+    case("user-defined repeat", {"kind": "userdefine", "repeats": True}, MARKUP, True)])
+def test_page_creates_changes_and_deletes(page, kind, title, is_repeat):
     page.open()
     before, forms = page.records(), page.stored().user_defined
-    day, length = TODAY + 3 * DAY, 2700 if title else 1800
-    page.change(**kind)
-    page.fill(channel="", id="9@8", channel_name="Nine", date=str(day.date()), time="03:10",
-              title=title, duration="00:45", day="1,1,1,1,1,1,1")
-    page.save()
-    assert page.records() - before == {(day.replace(hour=3, minute=10), 9, length, title, *rule)}
-    if rule[0]:
-        rule = (",".join("01"[number == day.isoweekday() % 7] for number in range(7)),
-                str((day + 9 * DAY).date()), False)
-    page.change(title or "9@8", time="04:20", day=rule[0] or "", endless=False, weekly=False,
-                end=str((day + 9 * DAY).date()))
-    page.save()
-    assert page.records() - before == {(day.replace(hour=4, minute=20), 9, length, title, *rule)}
-    page.change(title or "9@8")
-    page.click("#delete")
-    page.confirm("Cancel")
-    assert page.records() > before
-    page.click("#delete")
-    page.confirm("Delete")
+    day, end = TODAY + 3 * DAY, str((TODAY + 12 * DAY).date())
+    flags = ",".join("01"[number == day.isoweekday() % 7] for number in range(7))
+    page.change(**kind | {"channel": "", "id": "9@8", "channel_name": "Nine", "time": "03:10"},
+                date=str(day.date()), title=title, duration="00:45", day="1,1,1,1,1,1,1")
+    for hour, minute, *rule in [(3, 10, "1,1,1,1,1,1,1", "1", True), (4, 20, flags, end, False)]:
+        page.save()
+        assert page.records() - before == {
+            (day.replace(hour=hour, minute=minute), title, 9, 2700 if title else 1800,
+             *(rule if is_repeat else (None, None, None)))}
+        page.change(title or "9@8", time="04:20", day=flags, endless=False, weekly=False, end=end)
+    page.press("#delete", "Cancel")
+    assert page.records() > before and page.browser.title == "Scheduled recordings"
+    page.press("#delete", "Delete")
     assert (page.records(), page.stored().user_defined) == (before, forms)
 
 
 def test_page_names_and_marks_collisions(page):
-    day = TODAY + 2 * DAY
-    page.open(f"week={day.date()}")
-    page.change(kind="userdefine", channel="17540@618000", date=str(day.date()), time="21:49",
-                title="Late", duration="01:00")
-    page.says("#collisions", "Collides with Die Uhrmacherin")
+    day = (TODAY + 2 * DAY).date()
+    page.open(f"week={day}")
+    page.change(kind="userdefine", date=str(day), time="21:49", title="Late", duration="01:00")
+    page.see("#collisions", "Collides with Die Uhrmacherin")
     page.save()
-    collides = [box[2] for box in page.boxes() if "collides" in box[3]]
-    assert sorted(collides) == ["Die Uhrmacherin", "Late"]
+    marked = [box[2] for box in page.browser.execute_script(BOXES) if "collides" in box[3]]
+    assert sorted(marked) == ["Die Uhrmacherin", "Late"]
     page.change("Late", time="21:50")
     assert not page.all("#collisions", "Collides")
-    page.save()
-    assert not page.all(".collides")
 
 
 def test_page_says_errors_in_words(page):
     page.open(login="guest")
-    page.says("#alert", "Your account lacks the privilege")
+    page.see("#alert", "Your account lacks the privilege")
     page.open()
     before = page.stored()
     page.change("Chorprobe", date=str((TODAY + 4 * DAY).date()), time="21:30")
-    page.says("#collisions", "Lighthouse Keepers")
-    page.click("#recording [type=submit]")
-    page.says("#problem", "The new times overlap another recording")
+    page.see("#recording [type=submit]").click()
+    page.see("#problem", "The new times overlap another recording")
     assert page.stored() == before
-
-
-def test_page_takes_titles_as_text(page):
-    title = "<img src=x onerror=\"document.title='run'\">"
-    page.open()
-    page.change(kind="userdefine", title=title, time="23:58")
-    page.save()
-    assert page.all(".box", title) and page.all(".row", title) and not page.all("img")
-    assert page.browser.title == "Scheduled recordings"
 
 
 @pytest.mark.parametrize("kind", ["repeat", "userdefine"])
 def test_page_keeps_the_wanted_time_beyond_a_change_of_the_clocks(page, kind):
-    offset = NOW.replace(tzinfo=BERLIN).utcoffset()
-    far = next(day for day in (TODAY + number * DAY for number in range(40, 365))
-               if day.replace(tzinfo=BERLIN).utcoffset() != offset)
+    far = next(day for number in range(40, 365) if (day := TODAY + number * DAY).replace(
+        tzinfo=BERLIN).utcoffset() != NOW.replace(tzinfo=BERLIN).utcoffset())
     page.open()
     before = page.records()
     page.change(kind=kind, date=str(far.date()), time="20:15", title="Far", day="1,1,1,1,1,1,1")
@@ -249,53 +206,45 @@ def test_page_keeps_the_wanted_time_beyond_a_change_of_the_clocks(page, kind):
 
 def test_page_works_by_keyboard(page):
     page.open()
-    keys = webdriver.ActionChains(page.browser)
+    keys, wanted = webdriver.ActionChains(page.browser), TODAY + 3 * DAY
     while page.browser.switch_to.active_element.get_attribute("id") != "create":
         keys.send_keys(Keys.TAB).perform()
     keys.send_keys(Keys.ENTER).perform()
-    page.wait(lambda: page.all("#recording[open]"))
-    keys.send_keys(Keys.ARROW_RIGHT, Keys.ARROW_RIGHT, Keys.TAB, Keys.TAB).perform()
-    keys.send_keys(f"{TODAY + 3 * DAY:%m%d%Y}", Keys.TAB, Keys.TAB, "0505AM").perform()
-    keys.send_keys(Keys.TAB, Keys.TAB, "Typed", Keys.ENTER).perform()
-    page.says("#done", "Saved: Typed.")
-    wanted = TODAY + 3 * DAY + datetime.timedelta(hours=5, minutes=5)
-    assert (wanted, "Typed") in {(record[0], record[3]) for record in page.records()}
+    page.see("#recording[open]")
+    keys.send_keys(Keys.ARROW_RIGHT, Keys.ARROW_RIGHT, Keys.TAB, Keys.TAB, f"{wanted:%m%d%Y}",
+                   Keys.TAB, Keys.TAB, "0505AM", Keys.TAB, Keys.TAB, "Typed", Keys.ENTER).perform()
+    page.see("#done", "Saved: Typed.")
+    assert (wanted.replace(hour=5, minute=5), "Typed") in {one[:2] for one in page.records()}
 
 
 def test_page_asks_once_before_it_clears_stops_and_deletes_several(page):
     page.open()
     for title in ("Abendbericht", "Sand and Stars", "Gymnastik"):
-        page.click(f"#list input[aria-label^='Choose {title}']")
+        page.see(f"#list input[aria-label^='Choose {title}']").click()
     for button, verb in (("#delete-chosen", "Delete"), ("#clear", "Clear"), ("#stop", "Stop")):
-        page.click(button)
-        page.confirm(verb)
-    titles = {record[3] for record in page.records()}
-    assert len(titles) == 7 and not titles & {"Abendbericht", "Das Haus am Mühlbach"}
+        page.press(button, verb)
+    kept = {record[1] for record in page.records()}
+    assert len(kept) == 7 and not kept & {"Abendbericht", "Sand and Stars", "Das Haus am Mühlbach"}
     assert page.stored().commands[-2:] == ["stop 0 -1 -1 -1", "reload"]
 
 
 def test_page_pages_long_lists_and_fits_a_phone(page):
-    shots = [{"start_time": 2000000000 + number * 3600, "service_id": 7, "title": f"Show {number}",
-              "duration": 60, "channel_name": "", "description": "", "status": 4} for number in range(60)]
-    page.server.appliance.store(one_shot=shots, repeat=[])
+    shots = [{"start_time": n, "service_id": 7, "title": f"Show {n}"} for n in range(1, 61)]
+    page.server.appliance.store(repeat=[], one_shot=shots)
     page.open(width=360)
-    page.says(".pages", "1 to 50 of 60")
-    page.click(".later")
-    page.says(".pages", "51 to 60 of 60")
-    assert [row.text.split("\n")[1] for row in page.all(".row")] == [f"Show {n}" for n in range(50, 60)]
+    page.see(".later").click()
+    page.see(".pages", "51 to 60 of 60")
+    assert [title.text for title in page.all(".row .title")] == [f"Show {n}" for n in range(51, 61)]
     assert page.browser.execute_script("return document.documentElement.scrollWidth") <= 360
 
 
 def test_page_says_that_it_waits_and_that_the_server_is_lost(page):
     page.open()
-    lost = {"latency": 0, "downloadThroughput": -1, "uploadThroughput": -1}
-    page.tell("Network.emulateNetworkConditions", **lost | {"latency": 800}, offline=False)
-    page.click("#reload")
-    page.says(".waiting", "Waiting")
-    page.settle()
-    page.tell("Network.emulateNetworkConditions", **lost, offline=True)
-    page.click("#reload")
-    page.says("#alert", "The appliance does not answer")
-    page.tell("Network.emulateNetworkConditions", **lost, offline=False)
-    page.click("#retry")
-    page.wait(lambda: not page.all("#alert", "answer"))
+    line = {"offline": False, "latency": 0, "downloadThroughput": -1, "uploadThroughput": -1}
+    for change, selector, words in (({"latency": 800}, ".waiting", "Waiting"), ({"offline": True},
+                                    "#alert", "The appliance does not answer"), ({}, "#done", "")):
+        page.tell("Network.emulateNetworkConditions", line | change)
+        page.see("#reload" if words else "#retry").click()
+        page.see(selector, words)
+        page.see("main[aria-busy=false]")
+    assert not page.all("#alert", "answer")

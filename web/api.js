@@ -23,7 +23,6 @@ const SENTENCES = {
   edit_repeat: { 100: "The change is stored, but the tuner daemon did not reload. It will with the next change." },
   getinfo_repeat: { 100: "The repeat schedules cannot be read, so only their first days are shown. Try later." },
   edit_userdefine: {
-    100: "Storing failed, or the tuner daemon did not reload. The page shows what is stored now.",
     401: "A schedule of that channel and start is stored already, so the old one is put back. Choose another start.",
     402: "The new schedule is stored; the old one was no longer there to delete.",
     403: "The schedule store cannot be written, so the old schedule is put back. Try later.",
@@ -31,15 +30,10 @@ const SENTENCES = {
   delete_userdefine: { 100: "A repeat schedule stayed, or the tuner daemon did not stop or reload. Try later." },
 };
 
-/** The sentence for a code that a method answered. */
-export function explain(method, code) {
-  return SENTENCES[method]?.[code] ?? SENTENCES.all[code] ?? `The appliance answered an unknown error, ${code}.`;
-}
-
 /** A request that failed: `code` is the API's, or "lost", "refused" or "garbled" if it gave no answer. */
 export class ApiError extends Error {
   constructor(method, code) {
-    super(explain(method, code));
+    super(SENTENCES[method]?.[code] ?? SENTENCES.all[code] ?? `The appliance answered an unknown error, ${code}.`);
     Object.assign(this, { name: "ApiError", method, code });
   }
 }

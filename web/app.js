@@ -15,7 +15,11 @@ const tunerButtons = document.querySelectorAll("#tuners button");
 const address = new URL(document.documentElement.dataset.endpoint, location.origin).href;
 const schedules = new Schedules(connect(address, { onBusy }));
 const dialog = makeDialog(find("#recording"), schedules, { save, remove });
-const open = (plan) => guard(() => dialog.open(plan));
+const open = (plan) => {
+  const { key } = document.activeElement.dataset;
+  find("#recording").addEventListener("close", () => refocus(key, find("#create")), { once: true });
+  return guard(() => dialog.open(plan));
+};
 const weekView = makeWeekView(find("#week .days"), find("#week-title"), open);
 const listView = makeListView(find("#list"), { open, turn: (start) => guard(() => showList(start)) });
 
@@ -54,10 +58,17 @@ async function showList(start = listStart) {
   listView.show(page, schedules.plans, schedules.clock.now());
 }
 
+// What is shown anew has new elements; those that stand for the same have the same key.
+function refocus(key, other) {
+  (document.querySelector(`[data-key="${CSS.escape(key)}"]`) ?? other)?.focus({ preventScroll: true });
+}
+
 async function show(turn) {
   if (turn !== schedules.turn) return;
+  const { key } = document.activeElement.dataset;
   showWeek();
   await showList();
+  refocus(key);
   dialog.refresh();
 }
 
@@ -121,15 +132,10 @@ function remove(chosen) {
   return confirm(text, "Delete", () => schedules.remove(chosen), `Deleted: ${what}.`);
 }
 
-function clearPassed() {
-  const text = `Clear all one-shot schedules of tuner ${schedules.tuner} that have passed?`;
-  return confirm(text, "Clear", () => schedules.clearPassed(), "Passed schedules are cleared.");
-}
-
-function stop() {
-  const text = `Stop what tuner ${schedules.tuner} is recording now? Its schedule stays.`;
-  return confirm(text, "Stop", () => schedules.stop(), "The tuner is told to stop.");
-}
+const clearPassed = () => confirm(`Clear all one-shot schedules of tuner ${schedules.tuner} that have passed?`, "Clear",
+  () => schedules.clearPassed(), "Passed schedules are cleared.");
+const stop = () => confirm(`Stop what tuner ${schedules.tuner} is recording now? Its schedule stays.`, "Stop",
+  () => schedules.stop(), "The tuner is told to stop.");
 
 function turnWeek(days) {
   week = days === 0 ? null : shownWeek() + days * DAY;
@@ -138,7 +144,7 @@ function turnWeek(days) {
 }
 
 const BUTTONS = {
-  "#create": () => dialog.open(),
+  "#create": () => open(),
   "#reload": () => read(), "#retry": () => read(readAddress()), "#dismiss": () => {},
   "#stop": stop, "#clear": clearPassed,
   "#delete-chosen": () => remove(listView.chosen()),

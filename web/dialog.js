@@ -21,7 +21,7 @@ export function makeDialog(dialog, schedules, actions) {
   /** Opens for a new recording, or for the plan of a stored one. */
   async function open(chosen = null) {
     const own = chosen ? await schedules.formOf(chosen.schedule) : await schedules.newForm();
-    plan = chosen;
+    plan = chosen && chosen.rule === undefined ? await schedules.withRule(chosen) : chosen;
     form.reset();
     find("#problem").textContent = "";
     find("#recording-title").textContent = plan ? `Change ${nameOf(plan.schedule)}` : "New recording";

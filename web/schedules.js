@@ -27,9 +27,7 @@ export class Schedules {
   channels = new Map(); // name by id, of all schedules seen: no method lists the channels
   #api;
 
-  constructor(api) {
-    this.#api = api;
-  }
+  constructor(api) { this.#api = api; }
 
   /**
    * Reads a tuner whole. Repeat schedules count on their first day until loadRules() has run. Answers the number of
@@ -54,12 +52,15 @@ export class Schedules {
   /** Fetches the days and the ends of the repeat schedules, which `list` does not tell. */
   async loadRules() {
     const { plans, tuner } = this;
-    await forEach([...plans.keys()], AT_ONCE, async (index) => {
-      const { schedule, rule } = plans[index];
-      if (rule !== undefined) return;
-      const info = await this.#api.call("getinfo_repeat", { tuner, id: schedule.id, start_time: schedule.start_time });
-      if (info) plans[index] = planOf(schedule, info);
-    });
+    const unknown = [...plans.keys()].filter((index) => plans[index].rule === undefined);
+    await forEach(unknown, AT_ONCE, async (index) => { plans[index] = await this.withRule(plans[index], tuner); });
+  }
+
+  /** The plan with its rule, if that is stored. */
+  async withRule(plan, tuner = this.tuner) {
+    const { id, start_time } = plan.schedule;
+    const rule = await this.#api.call("getinfo_repeat", { tuner, id, start_time });
+    return rule ? planOf(plan.schedule, rule) : plan;
   }
 
   /** One page as the server cuts it; the first if the list has become shorter than the wanted one. */
@@ -85,15 +86,14 @@ export class Schedules {
    * clock did not know the UTC offset of its date. Answers the wall time at which it stands in the end.
    */
   async save(draft, old, mayMove = true) {
-    const { tuner, clock } = this;
-    const epoch = old && wallOf(old.start) === draft.wall ? old.start_time : clock.epochOf(draft.wall);
+    const epoch = old && wallOf(old.start) === draft.wall ? old.start_time : this.clock.epochOf(draft.wall);
     await this.#store(draft, epoch, old);
-    const { schedules } = await this.#api.call("list", { tuner });
+    const { schedules } = await this.#api.call("list", { tuner: this.tuner });
     const isIt = (one) => sameKey(one, { id: draft.id, start_time: epoch }) && isRepeat(one) === draft.repeats;
     const stored = schedules.find(isIt);
     const wall = stored ? wallOf(stored.start) : draft.wall;
     if (wall === draft.wall || !mayMove) return wall;
-    clock.learn(wall, epoch);
+    this.clock.learn(wall, epoch);
     return this.save(draft, stored, false);
   }
 

@@ -22,7 +22,7 @@ export function makeWeekView(section, heading, open) {
     for (const [name, value] of Object.entries(place)) box.style.setProperty(`--${name}`, value);
     box.classList.toggle("short", bottom - top < SHORT);
     box.title = box.textContent;
-    box.dataset.key = `${plan.schedule.primeid} ${begin} ${continued}`;
+    box.dataset.key = `box ${plan.schedule.primeid} ${begin} ${continued}`;
     box.addEventListener("click", () => open(plan));
     boxes.push([box, occurrence]);
     return box;
@@ -60,11 +60,9 @@ export function makeWeekView(section, heading, open) {
 
   function show(plans, week, ownClock) {
     clock = ownClock;
-    const focused = document.activeElement?.dataset?.key;
     boxes = [];
     heading.textContent = weekName(week, week + 6 * DAY);
     section.replaceChildren(hours, ...boxesOfWeek(occurrencesOfWeek(plans, week, clock), week).map(makeDay));
-    boxes.find(([box]) => box.dataset.key === focused)?.[0].focus({ preventScroll: true });
     tick();
     scroll(week);
   }

@@ -65,8 +65,7 @@ export function describe(className, when, schedule, marks) {
 
 /** An element with a class and texts or elements in it. Texts are never markup. */
 export function element(tag, className, ...content) {
-  const made = document.createElement(tag);
-  if (className) made.className = className;
+  const made = Object.assign(document.createElement(tag), { className });
   made.append(...content);
   return made;
 }
