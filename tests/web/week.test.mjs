@@ -5,8 +5,7 @@ import * as week from "../../web/week.js";
 
 const { Clock, DAY, collisionsWith, planOf, wallOf } = week;
 
-const WEEK = wallOf("2025-06-30"); // a Monday
-const utc = new Clock(() => 0);
+const [WEEK, utc] = [wallOf("2025-06-30"), new Clock(() => 0)]; // a Monday
 const EVERY_DAY = "1,1,1,1,1,1,1";
 
 function plan(start, minutes, { days, end = "1", weekly = true, id = "1@2" } = {}) {
