@@ -99,6 +99,10 @@ export function makeDialog(dialog, schedules, actions) {
     const start = `${fields.date.value} ${fields.time.value}`;
     const wanted = planOf({ id, start, start_time: clock.epochOf(wall), duration: length }, repeats ? rule : null);
     const others = plans.filter(({ schedule }) => schedule.primeid !== plan?.schedule.primeid);
+    // The store has one form for a start and tuner: a second one would take the place of the first.
+    const isTwin = (other) => other.epoch === wanted.epoch && other.schedule.is_userdefine;
+    const twin = kind === "userdefine" && others.find(isTwin);
+    fields.time.setCustomValidity(twin ? `${nameOf(twin.schedule)} starts then. Choose another start.` : "");
     const names = collisionsWith(wanted, others, clock).map((other) => `${nameOf(other.schedule)} (${whenOf(other)})`);
     const more = names.splice(NAMED_COLLISIONS).length;
     if (more) names.push(`${more} more`);

@@ -100,19 +100,17 @@ export class Schedules {
   /** Deletes schedules of any kind. After a failure the others are tried all the same. */
   async remove(schedules) {
     const { tuner } = this;
-    const [own, plain, repeats] = [[], [], []];
+    const [own, plain, rules] = [[], [], []];
     await forEach(schedules, AT_ONCE, async (schedule) => {
       if (await this.formOf(schedule)) own.push(schedule);
-      else (isRepeat(schedule) ? repeats : plain).push(schedule);
+      else (isRepeat(schedule) ? rules : plain).push(schedule);
     });
     const join = (some, member) => some.map((schedule) => schedule[member]).join(",");
-    const requests = plain.map((one) => ["delete", { id: one.start_time, channel_id: one.id }]);
-    if (repeats.length) {
-      requests.push(["delete_repeat", { id: join(repeats, "start_time"), channel_id: join(repeats, "id") }]);
-    }
+    const calls = plain.map((one) => ["delete", { id: one.start_time, channel_id: one.id }]);
+    if (rules.length) calls.push(["delete_repeat", { id: join(rules, "start_time"), channel_id: join(rules, "id") }]);
     // delete_repeat does not tell the tuner daemon. This does, and start 0, which no schedule has, deletes nothing.
-    if (own.length || repeats.length) requests.push(["delete_userdefine", { id: join(own, "start_time") || "0" }]);
-    await forEach(requests, 1, ([method, parameters]) => this.#api.call(method, { tuner, ...parameters }));
+    if (own.length || rules.length) calls.push(["delete_userdefine", { id: join(own, "start_time") || "0" }]);
+    await forEach(calls, 1, ([method, parameters]) => this.#api.call(method, { tuner, ...parameters }));
   }
 
   async #store(draft, epoch, old) {
