@@ -12,8 +12,10 @@ foreach(library IN LISTS built_in_libraries)
   install(FILES /usr/share/doc/${library}/copyright OPTIONAL
     DESTINATION share/doc/${package_name} RENAME copyright.${library})
 endforeach()
-install(DIRECTORY docs/ DESTINATION share/doc/${package_name}/docs FILES_MATCHING
-  PATTERN "*.md" PATTERN "*.yaml")
+install(DIRECTORY docs/ DESTINATION share/doc/${package_name}/docs
+  FILES_MATCHING PATTERN "*.md" PATTERN "*.yaml" PATTERN "*.png")
+install(DIRECTORY web/ DESTINATION share/${package_name}/web
+  FILES_MATCHING PATTERN "*.html" PATTERN "*.css" PATTERN "*.js")
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME ${package_name})

@@ -293,6 +293,7 @@ class WebServer:
         self._output = open(self.log, "w", encoding="utf-8")
         environment = {"WEB_PORT": str(port), "WEB_PROGRAM": str(self._program),
                        "WEB_LOGINS": str(self._folder / "logins"), "WEB_ACCESS_LOG": "/dev/null",
+                       "WEB_PAGE": str(SOURCE / "web"),
                        "PATH": os.environ["PATH"] + ":/usr/sbin"}
         command = ["lighttpd", "-D", "-f", SOURCE / "dev/lighttpd.conf"]
         self._server = subprocess.Popen(["setpriv", "--pdeathsig", "TERM", *command],
