@@ -5,11 +5,11 @@
 
 #include <json/reader.h>
 #include <json/writer.h>
+#include <sys/stat.h>
 #include <syslog.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <exception>
 #include <fstream>
 
@@ -23,6 +23,27 @@ constexpr int kParseLine = 70;
 Json::Value const& MemberOf(Json::Value const& document, std::string const& key)
 {
     return document.isObject() ? document[key] : Json::Value::nullSingleton();
+}
+
+/// Whether a file may be read; false with errno set. Anything but a regular file is refused:
+/// opening a FIFO waits for its other end, and a device need not have an end.
+bool IsAccessible(char const* path)
+{
+    struct stat info {};
+    if (::access(path, R_OK) != 0 || ::stat(path, &info) != 0) {
+        return false;
+    }
+    errno = S_ISDIR(info.st_mode) ? EISDIR : EINVAL;
+    return S_ISREG(info.st_mode);
+}
+
+/// Logs errno as the reason.
+void LogAccessFailure(char const* path)
+{
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat" // %m is not ISO C++, but every syslog() has it
+    ::syslog(LOG_ERR, "%s:%d failed to access config file [%s] %m", kSourceName, kAccessLine, path);
+#pragma GCC diagnostic pop
 }
 
 /// Makes an object of a value that is none.
@@ -79,10 +100,9 @@ void PrivilegeFile::Load()
 {
     m_loaded = true;
     char const* const path = appliance::kPrivilegeFile;
-    if (::access(path, R_OK) != 0) {
+    if (!IsAccessible(path)) {
         if (errno != ENOENT) {
-            ::syslog(LOG_ERR, "%s:%d failed to access config file [%s] %s", kSourceName,
-                     kAccessLine, path, std::strerror(errno));
+            LogAccessFailure(path);
         }
         return;
     }

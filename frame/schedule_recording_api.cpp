@@ -4,6 +4,7 @@
 #include "frame/decimal.h"
 #include "frame/web_api_error.h"
 #include "platform/record_members.h"
+#include "platform/records.h"
 #include "tremolane/recording_service.h"
 #include "tremolane/tuner_daemon.h"
 
@@ -63,8 +64,8 @@ std::optional<int> ScheduleRecordingAPI::RequestTuner()
 
 void ScheduleRecordingAPI::ReportLibraryError(Json::Value& out)
 {
-    Json::Value const& error = out[appliance::member::kErrno];
-    SetError(error.isNull() ? kErrorFailed : MappErrorCode(error.asInt()));
+    Json::Value const& error = appliance::MemberOf(out, appliance::member::kErrno);
+    SetError(error.isNull() ? kErrorFailed : MappErrorCode(appliance::AsInt(error)));
 }
 
 bool ScheduleRecordingAPI::ReloadDaemon()

@@ -123,13 +123,17 @@ protected:
     /// The new schedule of an edit, and by what the old one is found.
     struct UserDefineEdit;
 
-    /// The stages of an edit. Those that answer say by false that the edit ends there; the commit
-    /// has then set its error. Up to CommitOneShots() nothing is changed on disk.
+    /// The stages of an edit. False ends the edit; CanStore() and SaveRemainingOneShots() have then
+    /// set the error. Nothing is changed on disk before SaveRemainingOneShots().
     bool ValidateEdit(UserDefineEdit& edit);
-    void NeutraliseOld(StoredSchedules& stored);
-    bool IsFree(UserDefineEdit const& edit, StoredSchedules& stored);
-    bool CommitOneShots(int tuner, StoredSchedules& stored);
-    void ReplaceOld();
+    void ExcludeOldSchedule(StoredSchedules& stored);
+    bool HasNoOverlap(UserDefineEdit const& edit, StoredSchedules& stored);
+    bool SaveRemainingOneShots(int tuner, StoredSchedules& stored);
+    void DeleteOldThenCreateNew();
+
+    /// Tests what would fail the new create and the restore of the old schedule alike, so that such
+    /// a failure does not cost the old schedule.
+    bool CanStore(UserDefineEdit const& edit, StoredSchedules const& stored);
 
     /// Deletes user-defined schedules and their records: those that the client names, or, for an
     /// edit, the old one.

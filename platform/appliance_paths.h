@@ -5,16 +5,17 @@
 #include <cstdio>
 #include <string>
 
+#define PACKAGE_FOLDER APPLIANCE_ROOT "/var/packages/Tremolane/etc"
+
 namespace appliance {
 
 /// Room for a path, its NUL included; a longer one is cut.
 inline constexpr std::size_t kPathSize = 256;
 
 inline constexpr char kRoot[] = APPLIANCE_ROOT;
-inline constexpr char kPrivilegeFile[] = APPLIANCE_ROOT "/var/packages/Tremolane/etc/users.conf";
-inline constexpr char kFolderList[] = APPLIANCE_ROOT "/var/packages/Tremolane/etc/folder.conf";
-inline constexpr char kUserDefineFile[] =
-    APPLIANCE_ROOT "/var/packages/Tremolane/etc/dtvuserdefineschedules.json";
+inline constexpr char kPrivilegeFile[] = PACKAGE_FOLDER "/users.conf";
+inline constexpr char kFolderList[] = PACKAGE_FOLDER "/folder.conf";
+inline constexpr char kUserDefineFile[] = PACKAGE_FOLDER "/dtvuserdefineschedules.json";
 inline constexpr char kSettingsFile[] = APPLIANCE_ROOT "/etc/kaldinfo.conf";
 inline constexpr char kPasswordFile[] = APPLIANCE_ROOT "/etc/passwd";
 inline constexpr char kGroupFile[] = APPLIANCE_ROOT "/etc/group";
@@ -26,9 +27,7 @@ inline constexpr char kDaemonCommands[] = APPLIANCE_ROOT "/var/run/dtvd/commands
 inline std::string OneShotFile(int tuner)
 {
     char path[kPathSize];
-    std::snprintf(path, sizeof path,
-                  APPLIANCE_ROOT "/var/packages/Tremolane/etc/dtvschedules/%ddtv_schedule.json",
-                  tuner);
+    std::snprintf(path, sizeof path, PACKAGE_FOLDER "/dtvschedules/%ddtv_schedule.json", tuner);
     return path;
 }
 
@@ -37,9 +36,7 @@ inline std::string RepeatFile(int tuner)
 {
     char path[kPathSize];
     std::snprintf(path, sizeof path,
-                  APPLIANCE_ROOT
-                  "/var/packages/Tremolane/etc/dtvrepeatschedules/%ddtv_repeat_schedule.json",
-                  tuner);
+                  PACKAGE_FOLDER "/dtvrepeatschedules/%ddtv_repeat_schedule.json", tuner);
     return path;
 }
 

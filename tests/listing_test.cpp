@@ -28,10 +28,10 @@ TEST_F(ListTest, OrdersAndPages)
         {four, three, "start=x", 101, "0/0"},                 {four, three, "limit=+1", 101, "0/0"},
         {four, three, "limit=-5", 0, "a 0/7"},                {four, three, "limit=%2b1", 0, "a 0/7"},
         {four, three, "tuner=1", 0, "0/0"},                   {four, "", "tuner=x", 0, "a c e g 0/4"},
-        {same, more, "", 0, "e c a d b f g 0/7"},             {four, "[7]", "", 100, "/"}, // of equals the latest first
-        {four, "[{'start_time':'x'}]", "", 100, "/"},         {"[7]", three, "", 100, "/"},
-        {"[{'status':[]}]", three, "", 100, "/"},             {"[7", three, "", 403, "0/0"}, // broken behind it, too
-        {"{'x':7}", three, "", 403, "0/0"},                   {"[{'service_id':[]}]", "", "", 100, "/"},
+        {same, more, "", 0, "e c a d b f g 0/7"},             {four, "[7]", "", 0, "a c e g 0/4"}, // of equals the latest first
+        {four, "[{'start_time':'x'}]", "", 0, " a c e g 0/5"}, {"[7]", three, "", 0, "b d f 0/3"},
+        {"[{'status':[]}]", three, "", 0, " b d f 0/4"},             {"[7", three, "", 403, "0/0"}, // broken behind it, too
+        {"{'x':7}", three, "", 403, "0/0"},                   {"[{'service_id':[]}]", "", "", 0, " 0/1"},
         {"[{'x':[7]}]", "", "", 0, " 0/1"},                   {records(Replaced(large, "\\", "\\\\") + "=0"), "", "", 0, large + " 0/1"},
         {odd, "", "", 0, Replaced("~(~AB~~~~~A~~~~~~\u00e4~ 0/1", "~", "\ufffd")},
     };

@@ -12,7 +12,7 @@
 namespace {
 
 std::vector<std::string> const kTables = {"access", "create",     "delete",    "list",
-                                          "repeat", "unreadable", "userdefine"};
+                                          "repeat", "beyond_32_bits", "userdefine"};
 
 /// Ends the reading of a table, whose test says where.
 void Require(bool condition, std::string const& otherwise)

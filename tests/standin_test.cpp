@@ -45,14 +45,14 @@ TEST_F(StandinTest, LeavesNothingOfATool)
     EXPECT_EQ(nextFile(), before);
 }
 
-TEST_F(StandinTest, SavesALineThatOthersMayRead)
+TEST_F(StandinTest, SavesALineForItsOwnerAndGroup)
 {
     Json::Value document = Parsed("{'a':['\\u00e4',1]}");
     Write("/x.tmp", std::string(100, 'x')); // left by a process that was killed
     EXPECT_TRUE(WebUtils::SaveJsonFile(document, PathOf("/x").c_str()));
     EXPECT_FALSE(WebUtils::SaveJsonFile(document, PathOf("/etc").c_str())); // a folder stands there
     EXPECT_EQ(Read("/x") + Read("/etc.tmp"), "{\"a\":[\"\xc3\xa4\",1]}\n");
-    EXPECT_EQ(std::filesystem::status(PathOf("/x")).permissions(), std::filesystem::perms(0644));
+    EXPECT_EQ(std::filesystem::status(PathOf("/x")).permissions(), std::filesystem::perms(0640));
 }
 
 TEST_F(StandinTest, ReadsWhatIsJsonAndLosesNothingOfIt)
@@ -147,7 +147,7 @@ TEST_F(StandinTest, ReadsTheUserDefinedFileAgainOnlyWhenItChanges)
     ASSERT_TRUE(WebUtils::SaveJsonFile(records, PathOf(kUserDefine).c_str()));
     EXPECT_EQ(find(1, 0) + find(2, 0), "-1old0d");
     Write(kUserDefine, "[7]");
-    for (int i = 0; i < 2; ++i) { EXPECT_THROW(find(2, 0), Json::Exception); }
+    EXPECT_EQ(find(2, 0), "-1old");
     Write(kUserDefine, "{");
     EXPECT_EQ(find(2, 0), "-1old");
     Remove(kUserDefine);

@@ -17,39 +17,61 @@ namespace standin {
 
 namespace {
 
-/// A file read into memory and as a stream. The C library goes back in such a stream for every
-/// entry; on the disk that is a system call each, and one that fails drives it out of its bounds.
-class TextStream {
+/// An account file in memory, as a stream, with a buffer that holds the largest entry it can have.
+/// The C library seeks in the stream for every entry: in a file that is a system call each, and a
+/// seek that fails drives it out of its bounds. It also reads an entry again from its start for
+/// each buffer that proves too small, which takes minutes for a line of megabytes.
+class EntryFile {
 public:
-    explicit TextStream(char const* path)
+    explicit EntryFile(char const* path)
     {
         UniqueFd const fd = OpenRegularFile(path);
         if (fd && ReadToEnd(fd.Get(), m_text) && !m_text.empty()) {
             m_stream.reset(::fmemopen(m_text.data(), m_text.size(), "r"));
+            m_size = m_text.size() * (1 + sizeof(char*) / 2) + kMargin;
+            m_buffer = std::make_unique_for_overwrite<char[]>(m_size);
         }
     }
 
-    /// Null if the file cannot be read or is empty.
-    FILE* Get() const { return m_stream.get(); }
+    /// The next entry, which lives until the next call, by fgetpwent_r() or fgetgrent_r(); null at
+    /// the end, and for a file that is empty or cannot be read.
+    template <class Entry>
+    Entry* Next(int (*read)(FILE*, Entry*, char*, std::size_t, Entry**), Entry& entry)
+    {
+        Entry* found = nullptr;
+        if (!m_stream || read(m_stream.get(), &entry, m_buffer.get(), m_size, &found) != 0) {
+            return nullptr;
+        }
+        return found;
+    }
 
 private:
     struct Close {
         void operator()(FILE* stream) const { std::fclose(stream); }
     };
+    /// Beside the text and a pointer for each member of at least two characters, its comma
+    /// included: alignment, the null pointers that end lists.
+    static constexpr std::size_t kMargin = 64;
+
     std::string m_text;
     std::unique_ptr<FILE, Close> m_stream;
+    std::unique_ptr<char[]> m_buffer;
+    std::size_t m_size = 0;
 };
 
-/// The account's entry, in the C library's static storage, or null.
-passwd const* FindAccount(char const* name)
+/// Calls `use` with the account's entry; false if there is no such account.
+template <class Use>
+bool WithAccount(char const* name, Use const& use)
 {
-    TextStream const file(appliance::kPasswordFile);
-    while (passwd const* entry = file.Get() != nullptr ? ::fgetpwent(file.Get()) : nullptr) {
+    EntryFile file(appliance::kPasswordFile);
+    passwd storage{};
+    while (passwd const* entry = file.Next(::fgetpwent_r, storage)) {
         if (std::strcmp(entry->pw_name, name) == 0) {
-            return entry;
+            use(*entry);
+            return true;
         }
     }
-    return nullptr;
+    return false;
 }
 
 bool Lists(group const& entry, std::string const& name)
@@ -66,14 +88,17 @@ bool Lists(group const& entry, std::string const& name)
 
 bool IsLocked(std::string const& name)
 {
-    passwd const* const account = FindAccount(name.c_str());
-    return account != nullptr && account->pw_passwd[0] == '!';
+    bool isLocked = false;
+    WithAccount(name.c_str(),
+                [&](passwd const& account) { isLocked = account.pw_passwd[0] == '!'; });
+    return isLocked;
 }
 
 bool IsMember(std::string const& name, char const* group)
 {
-    TextStream const file(appliance::kGroupFile);
-    while (::group const* entry = file.Get() != nullptr ? ::fgetgrent(file.Get()) : nullptr) {
+    EntryFile file(appliance::kGroupFile);
+    ::group storage{};
+    while (::group const* entry = file.Next(::fgetgrent_r, storage)) {
         if (std::strcmp(entry->gr_name, group) == 0 && Lists(*entry, name)) {
             return true;
         }
@@ -85,12 +110,10 @@ bool IsMember(std::string const& name, char const* group)
 
 int KALDUserGet(char const* name, KALDUser** out)
 {
-    passwd const* const account = standin::FindAccount(name);
-    if (account == nullptr) {
-        return -1;
-    }
-    *out = new KALDUser{account->pw_gid, account->pw_uid};
-    return 0;
+    bool const isFound = standin::WithAccount(name, [&](passwd const& account) {
+        *out = new KALDUser{account.pw_gid, account.pw_uid};
+    });
+    return isFound ? 0 : -1;
 }
 
 void KALDUserFree(KALDUser* user)

@@ -4,6 +4,7 @@
 #include "kald/web_utils.h"
 #include "platform/standin/files.h"
 #include "platform/standin/heap.h"
+#include "platform/standin/transaction.h"
 
 #include <json/writer.h>
 
@@ -15,6 +16,16 @@ namespace standin {
 namespace {
 
 constexpr std::size_t kMemoryPerByte = 6; ///< of a store: its text, its records, work on them
+
+/// The document in one line, its texts as UTF-8, with a line end.
+std::string RenderLine(Json::Value const& document)
+{
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "";
+    builder["commentStyle"] = "None";
+    builder["emitUTF8"] = true;
+    return Json::writeString(builder, document) + '\n';
+}
 
 } // namespace
 
@@ -35,13 +46,9 @@ bool ReadDocument(int fd, Json::Value& document, ElementHook const& hook)
     return ReadToEnd(fd, text) && ParseJson(std::move(text), document, hook);
 }
 
-std::string RenderLine(Json::Value const& document)
+bool ReplaceFile(std::string const& path, Json::Value const& document)
 {
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "";
-    builder["commentStyle"] = "None";
-    builder["emitUTF8"] = true;
-    return Json::writeString(builder, document) + '\n';
+    return Transaction::KeepOldVersion(path) && WriteWholeFile(path, RenderLine(document));
 }
 
 } // namespace standin
@@ -53,5 +60,5 @@ bool WebUtils::LoadJsonFile(Json::Value& document, char const* path)
 
 bool WebUtils::SaveJsonFile(Json::Value& document, char const* path)
 {
-    return standin::ReplaceFile(path, standin::RenderLine(document));
+    return standin::ReplaceFile(path, document);
 }

@@ -22,7 +22,8 @@ Load LoadDocument(std::string const& path, Json::Value& document, ElementHook co
 /// The same from an open file, into a null `document`; false unless it was loaded.
 bool ReadDocument(int fd, Json::Value& document, ElementHook const& hook = {});
 
-/// The document in one line, its texts as UTF-8, with a line end.
-std::string RenderLine(Json::Value const& document);
+/// Replaces a file by a document in one line, its texts as UTF-8, within the transaction in
+/// progress; see WriteWholeFile().
+bool ReplaceFile(std::string const& path, Json::Value const& document);
 
 } // namespace standin

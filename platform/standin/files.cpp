@@ -2,74 +2,49 @@
 #include "platform/standin/files.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <cerrno>
 #include <cstdio>
-#include <optional>
-#include <utility>
 
 namespace standin {
 
 namespace {
 
-constexpr mode_t kNewFileMode = 0644;
+constexpr mode_t kNewFileMode = 0640;
 constexpr mode_t kTemporaryMode = 0600; ///< until it has the mode of the file that it replaces
 constexpr mode_t kPermissionBits = 0777;
 
-bool IsSameFile(int fd, char const* path)
+int g_saves = 0;
+
+std::string TemporaryOf(std::string const& path)
 {
-    struct stat opened {};
-    struct stat named {};
-    return ::fstat(fd, &opened) == 0 && ::lstat(path, &named) == 0 &&
-           opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+    return path + ".tmp";
 }
 
-/// Opens the temporary file of a replacement and locks it. There is one name for it, so a file that
-/// a killed process has left is taken over here and never piles up; the lock keeps two processes
-/// that replace the same file apart.
+/// Opens the temporary file of a replacement, which is a new file: one that a killed process has
+/// left is deleted, and neither a link is followed nor a file of another user written to.
 UniqueFd OpenTemporary(std::string const& path)
 {
-    while (true) {
-        UniqueFd fd(::open(path.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC,
-                           kTemporaryMode));
-        if (!fd || ::flock(fd.Get(), LOCK_EX) != 0) {
-            return UniqueFd();
-        }
-        if (IsSameFile(fd.Get(), path.c_str())) { // else its last owner renamed or removed it
-            return fd;
-        }
-    }
+    ::unlink(path.c_str());
+    return UniqueFd(
+        ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kTemporaryMode));
 }
 
-/// The mode of the file at `path`, that of a new file if there is none; none if it cannot be told.
-std::optional<mode_t> ModeFor(std::string const& path)
+/// Gives a new file the mode of the file at `path` and, as root, its owner and group. Without an
+/// old file it gets the mode of a new store.
+bool CopyOwnerAndMode(int fd, std::string const& path)
 {
     struct stat old {};
-    if (::stat(path.c_str(), &old) == 0) {
-        return old.st_mode & kPermissionBits;
+    if (::stat(path.c_str(), &old) != 0) {
+        return errno == ENOENT && ::fchmod(fd, kNewFileMode) == 0;
     }
-    return errno == ENOENT ? std::optional(kNewFileMode) : std::nullopt;
-}
-
-bool SyncFolderOf(std::string const& path)
-{
-    std::string const folder = path.substr(0, path.find_last_of('/') + 1);
-    UniqueFd const fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    return fd && ::fsync(fd.Get()) == 0;
-}
-
-/// Locks the old file, if it can change places with the temporary one: that name then belongs to
-/// it, and another process must not take it over. A link to it, by either kind of name, cannot: a
-/// process killed halfway would leave it where the next one writes.
-UniqueFd LockOld(std::string const& path)
-{
-    struct stat old {};
-    UniqueFd fd(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    bool const isAlone =
-        fd && ::fstat(fd.Get(), &old) == 0 && S_ISREG(old.st_mode) && old.st_nlink == 1;
-    return isAlone && ::flock(fd.Get(), LOCK_EX | LOCK_NB) == 0 ? std::move(fd) : UniqueFd();
+    if (!S_ISREG(old.st_mode)) {
+        errno = EINVAL; // a folder could change places with a file, but nobody wants that
+        return false;
+    }
+    bool const isOwnerKept = ::geteuid() != 0 || ::fchown(fd, old.st_uid, old.st_gid) == 0;
+    return isOwnerKept && ::fchmod(fd, old.st_mode & kPermissionBits) == 0;
 }
 
 bool Exchange(std::string const& one, std::string const& other)
@@ -77,22 +52,25 @@ bool Exchange(std::string const& one, std::string const& other)
     return ::renameat2(AT_FDCWD, one.c_str(), AT_FDCWD, other.c_str(), RENAME_EXCHANGE) == 0;
 }
 
-/// Moves the temporary file to its place durably. It changes places with the old one, so that they
-/// can change back if the folder does not reach the disk; on a file system that has no exchange, or
-/// without an old file, that is not undone.
+/// Moves the temporary file to its place durably. It changes places with the old file, so that they
+/// can change back if the folder does not reach the disk; without an old file it is deleted again
+/// then. Only on a file system that cannot exchange files is such a failure not undone.
 bool Commit(std::string const& temporary, std::string const& path)
 {
-    UniqueFd const old = LockOld(path);
-    bool const exchanged = old && Exchange(temporary, path);
-    bool const moved = exchanged || std::rename(temporary.c_str(), path.c_str()) == 0;
-    bool const synced = moved && SyncFolderOf(path);
-    if (exchanged && !synced) {
+    bool const isExchanged = Exchange(temporary, path);
+    bool const isNew = !isExchanged && errno == ENOENT;
+    bool const isMoved = isExchanged || std::rename(temporary.c_str(), path.c_str()) == 0;
+    bool const isSynced = isMoved && SyncFolderOf(path);
+    if (isExchanged && !isSynced) {
         Exchange(temporary, path);
     }
-    if (exchanged || !moved) {
+    if (isNew && isMoved && !isSynced) {
+        ::unlink(path.c_str());
+    }
+    if (isExchanged || !isMoved) {
         ::unlink(temporary.c_str());
     }
-    return synced;
+    return isSynced;
 }
 
 } // namespace
@@ -152,16 +130,32 @@ bool WriteAll(int fd, std::string_view text)
     return true;
 }
 
-bool ReplaceFile(std::string const& path, std::string_view text)
+int SavesOfThisProcess()
 {
-    std::string const temporary = path + ".tmp";
-    UniqueFd fd = OpenTemporary(temporary);
+    return g_saves;
+}
+
+bool SyncFolderOf(std::string const& path)
+{
+    std::string const folder = path.substr(0, path.find_last_of('/') + 1);
+    UniqueFd const fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return fd && ::fsync(fd.Get()) == 0;
+}
+
+void RemoveTemporaryOf(std::string const& path)
+{
+    ::unlink(TemporaryOf(path).c_str());
+}
+
+bool WriteWholeFile(std::string const& path, std::string_view text)
+{
+    ++g_saves;
+    std::string const temporary = TemporaryOf(path);
+    UniqueFd const fd = OpenTemporary(temporary);
     if (!fd) {
         return false;
     }
-    std::optional<mode_t> const mode = ModeFor(path);
-    if (!mode || ::ftruncate(fd.Get(), 0) != 0 || !WriteAll(fd.Get(), text) ||
-        ::fchmod(fd.Get(), *mode) != 0 || ::fsync(fd.Get()) != 0) {
+    if (!WriteAll(fd.Get(), text) || !CopyOwnerAndMode(fd.Get(), path) || ::fsync(fd.Get()) != 0) {
         ::unlink(temporary.c_str());
         return false;
     }

@@ -15,9 +15,7 @@ using ElementHook = std::function<void(Json::Value& element)>;
 /// Parses exactly one JSON text. False, and `document` null, on anything else, on a NUL, on a
 /// number whose exponent no double has, and on more than a thousand levels: who walks a document
 /// recurses as deep as it is. Takes the text over, because strings are decoded where they stand.
-/// Bytes that are no UTF-8 stay as they are, and of members with one name the last counts. What the
-/// hook throws first leaves here once all of the text has proved to be JSON; `document` is then of
-/// no use.
+/// Bytes that are no UTF-8 stay as they are, and of members with one name the last counts.
 ///
 /// RapidJSON reads and jsoncpp's documents hold: jsoncpp's own reader takes more than the RFC has,
 /// twice the time, and a copy of its name for each member.

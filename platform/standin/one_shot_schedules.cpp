@@ -1,6 +1,7 @@
 /// @file The one-shot schedules of a tuner.
 #include "platform/appliance_paths.h"
 #include "platform/record_members.h"
+#include "platform/records.h"
 #include "platform/standin/record_store.h"
 #include "platform/standin/unique_id.h"
 #include "tremolane/recording_service.h"
@@ -12,6 +13,7 @@
 #include <iterator>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace KALDTremolane {
@@ -52,22 +54,32 @@ void DropUnlisted(Json::Value& record)
 
 /// Turns a stored record into what is listed of it, where it stands: a list of its own would be as
 /// large as the store once more.
-void MakeListed(Json::Value& record)
+void ToListEntry(Json::Value& record)
 {
-    standin::RequireObject(record);
-    std::string id = Take(record, member::kServiceId).asString(); // stored as a number or a text
-    Json::Value const frequency = Take(record, member::kFrequency);
-    if (frequency.isInt()) {
-        id += '@' + std::to_string(frequency.asInt());
+    std::string id = AsText(Take(record, member::kServiceId)); // stored as a number or as text
+    if (auto const frequency = standin::FrequencyOf(Take(record, member::kFrequency))) {
+        id += '@' + std::to_string(*frequency);
     }
     DropUnlisted(record);
     record[member::kId] = id;
 }
 
+/// Removes the elements that are no records.
+void DropStrays(Json::Value& records)
+{
+    Json::Value kept(Json::arrayValue);
+    for (Json::Value& record : records) {
+        if (record.isObject()) {
+            kept.append(std::move(record));
+        }
+    }
+    records.swap(kept);
+}
+
 bool Matches(Json::Value const& record, ScheduleKey const& key)
 {
-    return record[member::kStartTime].asInt() == key.start &&
-           record[member::kServiceId].asString() == std::to_string(key.service);
+    return IntOf(record, member::kStartTime) == key.start &&
+           TextOf(record, member::kServiceId) == std::to_string(key.service);
 }
 
 Json::Value NewRecord(ScheduleKey const& key, int tuner, char const* uid)
@@ -93,9 +105,19 @@ Json::Value NewRecord(ScheduleKey const& key, int tuner, char const* uid)
 bool GetSchedule(Json::Value& out, int tuner)
 {
     Json::Value records;
-    int const error = standin::LoadRecords(OneShotFile(tuner), records, MakeListed);
+    bool hasStrays = false; // elements that are no records
+    int const error = standin::LoadRecords(OneShotFile(tuner), records, [&](Json::Value& record) {
+        if (record.isObject()) {
+            ToListEntry(record);
+        } else {
+            hasStrays = true;
+        }
+    });
     if (!standin::Answer(out, error)) {
         return false;
+    }
+    if (hasStrays) {
+        DropStrays(records);
     }
     out[member::kList].swap(records);
     return true;
@@ -111,10 +133,12 @@ bool AddSchedule(Json::Value& out, int tuner, std::string id, std::string start,
     return standin::Answer(out,
                            standin::ChangeRecords(OneShotFile(tuner), [&](Json::Value& records) {
                                for (Json::Value const& record : records) {
-                                   standin::RequireObject(record);
                                    if (Matches(record, *key)) {
                                        return EEXIST;
                                    }
+                               }
+                               if (!standin::CanReadUserDefines()) {
+                                   return EIO;
                                }
                                records.append(NewRecord(*key, tuner, uid));
                                return 0;
@@ -130,7 +154,7 @@ bool DelSchedule(Json::Value& out, int tuner, char const* channelId, char const*
     auto const isDropped = [&key](Json::Value const& record) { return Matches(record, *key); };
     return standin::Answer(out,
                            standin::ChangeRecords(OneShotFile(tuner), [&](Json::Value& records) {
-                               return standin::DropRecords(records, isDropped) > 0 ? 0 : ENOENT;
+                               return DropRecords(records, isDropped) ? 0 : ENOENT;
                            }));
 }
 
@@ -138,14 +162,13 @@ bool ScheduleDeletePass(Json::Value& out, int tuner)
 {
     std::int64_t const now = ::time(nullptr);
     auto const isPassed = [now](Json::Value const& record) {
-        return std::int64_t{record[member::kStartTime].asInt()} +
-                   record[member::kDuration].asInt() <=
-               now;
+        Json::Value const& start = MemberOf(record, member::kStartTime);
+        return start.isInt() && start.asInt() + standin::DurationOf(record) <= now;
     };
-    return standin::Answer(
-        out, standin::ChangeRecords(OneShotFile(tuner), [&](Json::Value& records) {
-            return standin::DropRecords(records, isPassed) > 0 ? 0 : standin::kUnchanged;
-        }));
+    return standin::Answer(out,
+                           standin::ChangeRecords(OneShotFile(tuner), [&](Json::Value& records) {
+                               return DropRecords(records, isPassed) ? 0 : standin::kUnchanged;
+                           }));
 }
 
 std::string GetFullPath(std::string const& share, std::string const& subpath)

@@ -1,5 +1,6 @@
 /// @file Whether a recording would overlap a stored one.
 #include "platform/record_members.h"
+#include "platform/records.h"
 #include "platform/standin/local_calendar.h"
 #include "platform/standin/record_store.h"
 #include "tremolane/recording_service.h"
@@ -11,11 +12,10 @@ namespace {
 
 using namespace appliance;
 using standin::DayOf;
+using standin::DurationOf;
 using standin::LocalTime;
 using std::chrono::days;
 using std::chrono::sys_days;
-
-constexpr int kUnknownDuration = 1800;
 
 /// Epoch seconds, the end not included.
 struct Interval {
@@ -23,12 +23,6 @@ struct Interval {
 
     bool Overlaps(Interval const& other) const { return begin < other.end && other.begin < end; }
 };
-
-std::int64_t DurationOf(Json::Value const& record)
-{
-    int const duration = record[member::kDuration].asInt();
-    return duration > 0 ? duration : kUnknownDuration;
-}
 
 /// The time at which the wall clock shows the time of day of `timeOfDay` on `day`.
 std::int64_t EpochOn(sys_days day, std::tm const& timeOfDay)
@@ -46,10 +40,10 @@ std::int64_t EpochOn(sys_days day, std::tm const& timeOfDay)
 sys_days LastDayOf(Json::Value const& record, sys_days firstDay, sys_days latest)
 {
     sys_days last = latest;
-    if (auto const end = standin::ParseDate(record[member::kEndDate].asString().c_str())) {
+    if (auto const end = standin::ParseDate(TextOf(record, member::kEndDate).c_str())) {
         last = std::min(last, *end);
     }
-    if (!record[member::kIsWeekly].asBool()) {
+    if (!FlagOf(record, member::kIsWeekly)) {
         last = std::min(last, firstDay + days(6));
     }
     return last;
@@ -62,7 +56,7 @@ bool RepeatOverlaps(Json::Value const& record, int start, Interval const& wanted
     std::int64_t const duration = DurationOf(record);
     std::tm const first = LocalTime(start);
     sys_days const firstDay = DayOf(first);
-    auto const selected = standin::ParseWeekdays(record[member::kWeekdayStatus].asString().c_str());
+    auto const selected = standin::ParseWeekdays(TextOf(record, member::kWeekdayStatus).c_str());
     sys_days day = std::max(firstDay, DayOf(LocalTime(wanted.begin - duration)) - days(1));
     sys_days const last = LastDayOf(record, firstDay, DayOf(LocalTime(wanted.end)) + days(1));
     for (; day <= last; day += days(1)) {
@@ -83,15 +77,13 @@ bool KALDTremolane::TaskIsOverLap(int start, int duration, Json::Value& oneShot,
 {
     Interval const wanted{start, std::int64_t{start} + duration};
     for (Json::Value const& record : oneShot) {
-        standin::RequireObject(record);
-        std::int64_t const begin = record[member::kStartTime].asInt();
+        std::int64_t const begin = IntOf(record, member::kStartTime);
         if (begin != 0 && Interval{begin, begin + DurationOf(record)}.Overlaps(wanted)) {
             return true;
         }
     }
     for (Json::Value const& record : repeat) {
-        standin::RequireObject(record);
-        int const begin = record[member::kStartTime].asInt();
+        int const begin = IntOf(record, member::kStartTime);
         if (begin != 0 && RepeatOverlaps(record, begin, wanted)) {
             return true;
         }

@@ -1,13 +1,10 @@
-/// @file Stores of schedule records over JSON files and file locks.
+/// @file Stores of schedule records over JSON files.
 #include "platform/standin/record_store.h"
 
 #include "platform/record_members.h"
+#include "platform/records.h"
 #include "platform/standin/documents.h"
-#include "platform/standin/files.h"
 #include "tremolane/recording_service.h"
-
-#include <fcntl.h>
-#include <sys/file.h>
 
 #include <cerrno>
 #include <utility>
@@ -26,24 +23,6 @@ struct ErrorCode {
 };
 constexpr ErrorCode kErrorCodes[] = {{EINVAL, 101}, {EEXIST, 401}, {ENOENT, 402}, {EIO, 403}};
 
-/// Takes the exclusive lock of a store, held as long as the descriptor; 0 or EIO. Without the
-/// store's folder there is nothing to lock: there is no store, and none can be saved.
-int LockStore(std::string const& path, UniqueFd& lock)
-{
-    constexpr mode_t kMode = 0644;
-    lock = UniqueFd(
-        ::open((path + ".lock").c_str(), O_RDONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC, kMode));
-    if (!lock) {
-        return errno == ENOENT ? 0 : EIO;
-    }
-    while (::flock(lock.Get(), LOCK_EX) != 0) {
-        if (errno != EINTR) {
-            return EIO;
-        }
-    }
-    return 0;
-}
-
 } // namespace
 
 int LoadRecords(std::string const& path, Json::Value& records, ElementHook const& hook)
@@ -57,46 +36,17 @@ int LoadRecords(std::string const& path, Json::Value& records, ElementHook const
     return records.isArray() ? 0 : EIO;
 }
 
-void RequireObject(Json::Value const& record)
-{
-    if (!record.isObject()) {
-        throw Json::LogicError("a stored record is no object");
-    }
-}
-
 int ChangeRecords(std::string const& path, std::function<int(Json::Value& records)> const& change)
 {
-    UniqueFd lock;
     Json::Value records;
-    int error = LockStore(path, lock);
-    if (error == 0) {
-        error = LoadRecords(path, records);
-    }
+    int error = LoadRecords(path, records);
     if (error == 0) {
         error = change(records);
     }
     if (error == kUnchanged) {
         return 0;
     }
-    if (error == 0 && !ReplaceFile(path, RenderLine(records))) {
-        error = EIO;
-    }
-    return error;
-}
-
-std::size_t DropRecords(Json::Value& records,
-                        std::function<bool(Json::Value const& record)> const& isDropped)
-{
-    Json::ArrayIndex kept = 0;
-    for (Json::Value& record : records) {
-        RequireObject(record);
-        if (!isDropped(record)) {
-            records[kept++].swap(record);
-        }
-    }
-    std::size_t const dropped = records.size() - kept;
-    records.resize(kept);
-    return dropped;
+    return error == 0 && !ReplaceFile(path, records) ? EIO : error;
 }
 
 bool Answer(Json::Value& out, int error)
@@ -108,13 +58,18 @@ bool Answer(Json::Value& out, int error)
     return error == 0;
 }
 
+int DurationOf(Json::Value const& record)
+{
+    int const duration = IntOf(record, member::kDuration);
+    return duration > 0 ? duration : kDefaultDuration;
+}
+
 Details DetailsOf(int start, int tuner)
 {
     Json::Value record;
     KALDTremolane::ReadUserDefineFromFile(record, start, tuner);
-    int const duration = record[member::kDuration].asInt();
-    return {record[member::kChannelName].asString(), record[member::kEventName].asString(),
-            record[member::kTextName].asString(), duration < 1 ? kDefaultDuration : duration};
+    return {TextOf(record, member::kChannelName), TextOf(record, member::kEventName),
+            TextOf(record, member::kTextName), DurationOf(record)};
 }
 
 } // namespace standin

@@ -1,6 +1,7 @@
 /// @file The repeat schedules of a tuner: rules from which the daemon makes one-shot schedules.
 #include "platform/appliance_paths.h"
 #include "platform/record_members.h"
+#include "platform/records.h"
 #include "platform/standin/local_calendar.h"
 #include "platform/standin/record_store.h"
 #include "platform/standin/unique_id.h"
@@ -22,9 +23,8 @@ constexpr int kDaysOfYear = 366;
 
 bool Matches(Json::Value const& record, ScheduleKey const& key)
 {
-    standin::RequireObject(record);
-    return record[member::kStartTime].asInt() == key.start &&
-           record[member::kId].asInt() == key.service;
+    return record.isObject() && IntOf(record, member::kStartTime) == key.start &&
+           IntOf(record, member::kId) == key.service;
 }
 
 std::string DateText(int start)
@@ -86,6 +86,9 @@ bool AddRepeatSchedule(Json::Value& out, int tuner, std::string const& id, char 
                            standin::ChangeRecords(RepeatFile(tuner), [&](Json::Value& records) {
                                if (Find(records, *key) != nullptr) {
                                    return EEXIST;
+                               }
+                               if (!standin::CanReadUserDefines()) {
+                                   return EIO;
                                }
                                Json::Value record = NewRecord(*key, tuner, uid);
                                SetRule(record, isWeekly, weekdayStatus, endDate);

@@ -1,6 +1,7 @@
 /// @file Channel ids and start texts: decimal digits, within 32 bits.
 #include "platform/standin/unique_id.h"
 
+#include "platform/records.h"
 #include "tremolane/recording_service.h"
 
 #include <charconv>
@@ -17,6 +18,13 @@ std::optional<int> ParseDigits(std::string_view text)
 }
 
 } // namespace
+
+std::optional<int> standin::FrequencyOf(Json::Value const& stored)
+{
+    return stored.isString() ? ParseDigits(appliance::AsText(stored))
+           : stored.isInt()  ? std::optional(stored.asInt())
+                             : std::nullopt;
+}
 
 std::optional<standin::ScheduleKey> standin::ParseKey(std::string const& id,
                                                       std::string const& start)

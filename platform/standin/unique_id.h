@@ -1,6 +1,8 @@
 /// @file The keys by which requests name a stored schedule.
 #pragma once
 
+#include <json/value.h>
+
 #include <optional>
 #include <string>
 
@@ -12,6 +14,9 @@ struct ScheduleKey {
     std::optional<int> frequency; ///< none if the channel id is in the plain form
     int start;                    ///< epoch seconds, above 0
 };
+
+/// A stored frequency, a number or a text of digits; none for anything else.
+std::optional<int> FrequencyOf(Json::Value const& stored);
 
 /// Reads a channel id and a decimal start; none if either is malformed.
 std::optional<ScheduleKey> ParseKey(std::string const& id, std::string const& start);

@@ -1,6 +1,7 @@
 /// @file The user-defined records as the recording service reads them: parsed once, found by key.
 #include "platform/appliance_paths.h"
 #include "platform/record_members.h"
+#include "platform/records.h"
 #include "platform/standin/documents.h"
 #include "platform/standin/files.h"
 #include "platform/standin/record_store.h"
@@ -8,7 +9,9 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <cstdint>
+#include <string>
 #include <unordered_map>
 #include <utility>
 
@@ -17,29 +20,34 @@ namespace {
 using namespace appliance;
 using standin::UniqueFd;
 
-/// A parsed user-defined file, good for as long as the file on disk is still that one. The file is
-/// kept open and asked itself: one that is written, replaced, renamed or removed gets another size,
-/// change time or count of links. A walk down the path for every schedule of a page would cost more
-/// than all look-ups.
+/// The parsed user-defined file, current for as long as the file on disk has not changed. The file
+/// stays open, and fstat() shows a file that was written, replaced, renamed or removed by its size,
+/// change time or link count. Looking the path up for every schedule of a page would cost more than
+/// the look-ups themselves. A symbolic link that this process has replaced by a file leaves the
+/// open file unchanged, so saves of this process count as a change too.
 class UserDefineIndex {
 public:
     /// Parses the file unless this is what stands on disk.
     void Refresh()
     {
         struct stat info {};
-        if (m_file && ::fstat(m_file.Get(), &info) == 0 && IsSame(info)) {
+        if (m_file && m_saves == standin::SavesOfThisProcess() &&
+            ::fstat(m_file.Get(), &info) == 0 && IsSame(info)) {
             return;
         }
         *this = UserDefineIndex();
         UniqueFd fd = standin::OpenRegularFile(kUserDefineFile);
-        if (!fd || ::fstat(fd.Get(), &info) != 0) {
+        std::string text;
+        if (!fd || ::fstat(fd.Get(), &info) != 0 || !standin::ReadToEnd(fd.Get(), text)) {
+            m_hasFailed = errno == EIO;
             return;
         }
-        if (standin::ReadDocument(fd.Get(), m_records)) {
+        if (standin::ParseJson(std::move(text), m_records)) {
             BuildIndex();
         }
-        m_file = std::move(fd); // last: a record that throws must be met again by the next look-up
+        m_file = std::move(fd);
         m_info = info;
+        m_saves = standin::SavesOfThisProcess();
     }
 
     /// The position of the first record of that pair, or -1.
@@ -48,6 +56,9 @@ public:
         auto const found = m_positions.find(Key(start, tuner));
         return found != m_positions.end() ? found->second : -1;
     }
+
+    /// Whether the device has failed to read the file. Nothing can be told about its records then.
+    bool HasFailed() const { return m_hasFailed; }
 
     Json::Value const& At(int position) const { return m_records[position]; }
 
@@ -72,25 +83,40 @@ private:
         }
         int position = 0;
         for (Json::Value const& record : std::as_const(m_records)) {
-            standin::RequireObject(record);
-            m_positions.try_emplace(
-                Key(record[member::kStartTime].asInt(), record[member::kTuner].asInt()),
-                position++);
+            if (record.isObject()) {
+                m_positions.try_emplace(
+                    Key(IntOf(record, member::kStartTime), IntOf(record, member::kTuner)),
+                    position);
+            }
+            ++position;
         }
     }
 
     UniqueFd m_file;
     struct stat m_info {};
+    int m_saves = 0;
+    bool m_hasFailed = false;
     Json::Value m_records;
     std::unordered_map<std::uint64_t, int> m_positions;
 };
 
-} // namespace
-
-int KALDTremolane::ReadUserDefineFromFile(Json::Value& out, int start, int tuner)
+UserDefineIndex& CurrentIndex()
 {
     static UserDefineIndex& index = *new UserDefineIndex; // never destroyed: the process ends first
     index.Refresh();
+    return index;
+}
+
+} // namespace
+
+bool standin::CanReadUserDefines()
+{
+    return !CurrentIndex().HasFailed();
+}
+
+int KALDTremolane::ReadUserDefineFromFile(Json::Value& out, int start, int tuner)
+{
+    UserDefineIndex const& index = CurrentIndex();
     int const position = index.Find(start, tuner);
     if (position >= 0) {
         out = index.At(position);

@@ -3,7 +3,10 @@
 
 #include "platform/standin/accounts.h"
 #include "platform/standin/answer.h"
+#include "platform/standin/transaction.h"
 
+#include <fcntl.h>
+#include <strings.h>
 #include <syslog.h>
 #include <unistd.h>
 
@@ -23,6 +26,24 @@ constexpr int kLocked = -3;
 
 constexpr int kErrorFailed = 100;
 constexpr int kErrorBadRequest = 101;
+
+/// Whether a method only reads. Every other one may change stored files, an unknown one included.
+bool IsReading(char const* method)
+{
+    constexpr char kInfo[] = "getinfo_";
+    return ::strcasecmp(method, "list") == 0 || ::strncasecmp(method, kInfo, sizeof kInfo - 1) == 0;
+}
+
+/// Opens /dev/null on those of the descriptors 0 to 2 that are closed, so that no stored file is
+/// opened on one of them and takes what is meant for standard output or error.
+void OpenStandardDescriptors()
+{
+    for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
+        if (::fcntl(fd, F_GETFD) < 0) {
+            ::open("/dev/null", O_RDWR); // the lowest free descriptor, which is this one
+        }
+    }
+}
 
 } // namespace
 
@@ -71,7 +92,29 @@ void WebAPI::RunRequest()
         return;
     }
     if (CheckAuthorized() != 0) {
+        RunProcess();
+    }
+}
+
+void WebAPI::RunProcess()
+{
+    if (IsReading(m_request.m_methodName)) {
         Process();
+        return;
+    }
+    standin::Transaction transaction;
+    if (!transaction.Begin()) {
+        SetError(kErrorFailed);
+        return;
+    }
+    try {
+        Process();
+    } catch (...) { // out of memory, most likely: to end in the middle of a change is no end
+        transaction.RollBack();
+        throw;
+    }
+    if (!transaction.Commit()) {
+        SetError(kErrorFailed);
     }
 }
 
@@ -88,6 +131,7 @@ bool WebAPI::RunGuarded()
 
 void WebAPI::Run()
 {
+    OpenStandardDescriptors();
     // Who reads the answer or the log may be gone, and a disk quota may end a save: all of them are
     // failed calls here and no reason to die in the middle of a change.
     std::signal(SIGPIPE, SIG_IGN);

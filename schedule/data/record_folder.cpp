@@ -4,6 +4,7 @@
 #include "kald/web_utils.h"
 #include "libtm/fileop.h"
 #include "platform/appliance_paths.h"
+#include "platform/records.h"
 #include "tremolane/recording_service.h"
 
 #include <strings.h>
@@ -12,30 +13,27 @@
 
 namespace {
 
-/// Whether an element of the folder list names a folder for TV recordings.
-bool IsRecordSection(Json::Value const& element)
-{
-    return element.isObject() && element["section"].isString() &&
-           ::strcasecmp(element["section"].asCString(), "tv_record") == 0 &&
-           element["share"].isConvertibleTo(Json::stringValue) &&
-           element["subpath"].isConvertibleTo(Json::stringValue);
-}
+using namespace appliance;
+
+Json::StaticString const kSection{"section"};
+Json::StaticString const kShare{"share"};
+Json::StaticString const kSubpath{"subpath"};
 
 } // namespace
 
 bool ScheduleRecordingAPI::HasRecordFolder()
 {
     Json::Value folders;
-    if (!WebUtils::LoadJsonFile(folders, appliance::kFolderList) || !folders.isArray()) {
+    if (!WebUtils::LoadJsonFile(folders, kFolderList) || !folders.isArray()) {
         return false;
     }
     bool found = false;
     for (Json::Value const& element : std::as_const(folders)) {
-        if (!IsRecordSection(element)) {
+        if (::strcasecmp(TextOf(element, kSection).c_str(), "tv_record") != 0) {
             continue;
         }
         std::string const path =
-            KALDTremolane::GetFullPath(element["share"].asString(), element["subpath"].asString());
+            KALDTremolane::GetFullPath(TextOf(element, kShare), TextOf(element, kSubpath));
         if (libtm::critical::fileop::DoesDirExist(path)) {
             found = true;
         }

@@ -1,34 +1,22 @@
-/// @file Documents of schedule records.
+/// @file Loading files of schedule records.
 #include "schedule/data/schedule_file.h"
 
 #include "kald/web_utils.h"
 
-#include <utility>
+#include <unistd.h>
 
-bool LoadRecordFile(Json::Value& records, std::string const& path)
+#include <cerrno>
+
+RecordFile LoadRecordFile(Json::Value& records, std::string const& path)
 {
     records = Json::Value();
     if (!WebUtils::LoadJsonFile(records, path.c_str())) {
-        return false;
+        bool const isMissing = ::access(path.c_str(), F_OK) != 0 && errno == ENOENT;
+        return isMissing ? RecordFile::kMissing : RecordFile::kUnreadable;
     }
     if (!records.isArray() && !records.isNull()) {
         records = Json::Value();
-        return false;
+        return RecordFile::kUnreadable;
     }
-    for (Json::Value const& record : std::as_const(records)) {
-        if (!record.isObject()) {
-            throw Json::LogicError("a stored record is no object");
-        }
-    }
-    return true;
-}
-
-void KeepRecords(Json::Value& records, Json::Value& kept,
-                 std::function<bool(Json::Value const& record)> const& isDropped)
-{
-    for (Json::Value& record : records) {
-        if (!isDropped(record)) {
-            kept.append(std::move(record));
-        }
-    }
+    return RecordFile::kLoaded;
 }

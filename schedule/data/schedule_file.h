@@ -1,17 +1,17 @@
-/// @file Documents of schedule records, as this system loads and filters them itself.
+/// @file Files of schedule records, as this system loads them itself.
 #pragma once
 
 #include <json/value.h>
 
-#include <functional>
 #include <string>
 
-/// Loads a file of records; `records` is an array, or null if the file holds null. False, and null,
-/// if the file does not load or holds anything else. Throws Json::LogicError on an element that is
-/// no object: what it holds cannot be told, so the request must not act on it.
-bool LoadRecordFile(Json::Value& records, std::string const& path);
+/// What became of loading a file of records.
+enum class RecordFile {
+    kLoaded,
+    kMissing,    ///< there is no such file: it may be created
+    kUnreadable, ///< it cannot be read, or holds neither an array nor null: never overwrite it
+};
 
-/// Moves the records that `isDropped` does not name to the end of `kept`, in their order. A null
-/// `kept` becomes an array with the first of them.
-void KeepRecords(Json::Value& records, Json::Value& kept,
-                 std::function<bool(Json::Value const& record)> const& isDropped);
+/// Loads a file of records. `records` becomes the array, or null if the file holds null or was not
+/// loaded. Elements that are no objects stay in the array; see platform/records.h.
+RecordFile LoadRecordFile(Json::Value& records, std::string const& path);

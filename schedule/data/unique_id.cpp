@@ -2,6 +2,7 @@
 #include "schedule/data/unique_id.h"
 
 #include "platform/record_members.h"
+#include "platform/records.h"
 
 #include <cstdio>
 
@@ -9,8 +10,8 @@ std::string RenderUniqueId(Json::Value const& record)
 {
     using namespace appliance;
     char text[256];
-    Json::Value const& frequency = record[member::kFrequency];
-    int const service = record[member::kId].asInt();
+    Json::Value const& frequency = MemberOf(record, member::kFrequency);
+    int const service = IntOf(record, member::kId);
     if (frequency.isInt()) {
         std::snprintf(text, sizeof text, "%d@%d", service, frequency.asInt());
     } else {

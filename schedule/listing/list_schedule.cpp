@@ -5,6 +5,7 @@
 #include "kald/web_api_util.h"
 #include "platform/appliance_paths.h"
 #include "platform/record_members.h"
+#include "platform/records.h"
 #include "schedule/data/schedule_file.h"
 #include "schedule/data/unique_id.h"
 #include "tremolane/recording_service.h"
@@ -58,14 +59,14 @@ struct ScheduleNode {
 };
 
 /// A value as text: copied out of a document that is only read, moved out of one that is not.
-Json::Value TextOf(Json::Value const& value)
+Json::Value TakeText(Json::Value const& value)
 {
-    return value.asString();
+    return AsText(value);
 }
 
-Json::Value TextOf(Json::Value& value)
+Json::Value TakeText(Json::Value& value)
 {
-    return value.isString() ? std::move(value) : Json::Value(value.asString());
+    return value.isString() ? std::move(value) : Json::Value(AsText(value));
 }
 
 /// The members of a record that make a node. A node is taken from them and another one is written
@@ -86,13 +87,13 @@ NodeMembers<Record> NodeMembersOf(Record& record)
 template <class Record>
 ScheduleNode MakeNode(NodeMembers<Record> const& from, Json::Value id)
 {
-    return {from.start_time.asInt(),
-            TextOf(from.channel_name),
-            TextOf(from.description),
-            from.duration.asInt(),
+    return {AsInt(from.start_time),
+            TakeText(from.channel_name),
+            TakeText(from.description),
+            AsInt(from.duration),
             std::move(id),
-            from.status.asInt(),
-            TextOf(from.title)};
+            AsInt(from.status),
+            TakeText(from.title)};
 }
 
 /// The order of a list: by start time; of equal ones that first which stands later in its array.
@@ -127,7 +128,7 @@ bool IsUserDefine(int raw, int startTime, int tuner)
     if (KALDTremolane::ReadUserDefineFromFile(record, startTime, tuner) < 0) {
         return false;
     }
-    return raw == kRawRepeat || raw == kRawRepeatOther || !record[member::kIsRepeat].asBool();
+    return raw == kRawRepeat || raw == kRawRepeatOther || !FlagOf(record, member::kIsRepeat);
 }
 
 } // namespace
@@ -161,9 +162,9 @@ void ScheduleRecordingAPI::FillPage(Json::Value& response)
         return;
     }
     Json::Value repeat;
-    LoadRecordFile(repeat, RepeatFile(tuner));
+    LoadRecordFile(repeat, RepeatFile(tuner)); // a file that is not loaded is an empty list
     Json::Value view;
-    if (out[member::kList].isArray()) {
+    if (MemberOf(out, member::kList).isArray()) {
         view[kSchedules].swap(out[member::kList]);
     } else if (repeat.empty()) {
         return;
@@ -194,10 +195,16 @@ void ScheduleRecordingAPI::MergeSchedules(Json::Value& view, Json::Value& repeat
     nodes.reserve(total);
     places.reserve(total);
     for (Json::Value& record : schedules) {
+        if (!record.isObject()) { // no recording service should list one
+            record = Json::Value(Json::objectValue);
+        }
         places.push_back(NodeMembersOf(record));
-        nodes.push_back(MakeNode(places.back(), TextOf(places.back().id)));
+        nodes.push_back(MakeNode(places.back(), TakeText(places.back().id)));
     }
     for (Json::Value const& record : std::as_const(repeat)) {
+        if (!record.isObject()) {
+            continue;
+        }
         nodes.push_back(MakeNode(NodeMembersOf(record), RenderUniqueId(record)));
         places.push_back(NodeMembersOf(schedules.append(Json::Value(Json::objectValue))));
     }

@@ -1,11 +1,10 @@
 /// @file The method `create`: one or several one-shot schedules.
 #include "frame/schedule_recording_api.h"
 
-#include "frame/decimal.h"
 #include "frame/web_api_error.h"
 #include "kald/web_api_util.h"
 #include "platform/record_members.h"
-#include "schedule/data/readable_records.h"
+#include "platform/records.h"
 #include "tremolane/recording_service.h"
 
 namespace {
@@ -56,10 +55,6 @@ bool ScheduleRecordingAPI::StoreSchedules(int tuner, std::string const& ids,
 {
     Json::Value const idPieces = KALD::WebAPIUtil::ParseToArray(ids.c_str(), ",");
     Json::Value const startPieces = KALD::WebAPIUtil::ParseToArray(starts.c_str(), ",");
-    RequireReadableSchedules(tuner);
-    for (Json::Value const& start : startPieces) { // a record's texts become those of its schedule
-        RequireReadableUserDefine(LeadingInt(start.asCString()), tuner);
-    }
     Json::Value out;
     int code = kErrorFailed; // of the last position that failed with an errno
     bool allStored = true;
@@ -69,9 +64,8 @@ bool ScheduleRecordingAPI::StoreSchedules(int tuner, std::string const& ids,
             continue;
         }
         allStored = false;
-        if (Json::Value const& error = out[appliance::member::kErrno]; !error.isNull()) {
-            code = MappErrorCode(error.asInt());
-        }
+        Json::Value const& error = appliance::MemberOf(out, appliance::member::kErrno);
+        code = error.isNull() ? code : MappErrorCode(appliance::AsInt(error));
     }
     if (!allStored) {
         SetError(code);

@@ -7,6 +7,7 @@
 #include "kald/web_utils.h"
 #include "platform/appliance_paths.h"
 #include "platform/record_members.h"
+#include "platform/records.h"
 #include "schedule/data/log_source.h"
 #include "schedule/data/schedule_file.h"
 #include "schedule/data/unique_id.h"
@@ -29,7 +30,7 @@ constexpr int kInfoLoadLine = 926;
 /// Loads a repeat file; false, and the failure logged, if it does not load.
 bool LoadRepeatFile(Json::Value& records, std::string const& path, int line)
 {
-    bool const loaded = LoadRecordFile(records, path);
+    bool const loaded = LoadRecordFile(records, path) == RecordFile::kLoaded;
     if (!loaded) {
         ::syslog(LOG_ERR, "%s:%d Fail to load file %s", kLogSource, line, path.c_str());
     }
@@ -51,7 +52,8 @@ std::map<long, std::set<long>> PairKeys(Json::Value const& starts, Json::Value c
 Json::Value* Find(Json::Value& records, int service, int start)
 {
     for (Json::Value& record : records) {
-        if (record[member::kId].asInt() == service && record[member::kStartTime].asInt() == start) {
+        if (record.isObject() && IntOf(record, member::kId) == service &&
+            IntOf(record, member::kStartTime) == start) {
             return &record;
         }
     }
@@ -91,12 +93,14 @@ bool ScheduleRecordingAPI::DeleteRepeatSchedule()
         return false;
     }
     auto const keys = PairKeys(starts, channels);
-    Json::Value kept(Json::arrayValue);
-    KeepRecords(records, kept, [&keys](Json::Value const& record) {
-        auto const named = keys.find(record[member::kStartTime].asInt());
-        return named != keys.end() && named->second.contains(record[member::kId].asInt());
+    DropRecords(records, [&keys](Json::Value const& record) {
+        auto const named = keys.find(IntOf(record, member::kStartTime));
+        return named != keys.end() && named->second.contains(IntOf(record, member::kId));
     });
-    if (!WebUtils::SaveJsonFile(kept, path.c_str())) {
+    if (records.isNull()) { // what a file holds that grew from nothing; a rewrite leaves an array
+        records = Json::Value(Json::arrayValue);
+    }
+    if (!WebUtils::SaveJsonFile(records, path.c_str())) {
         ::syslog(LOG_ERR, "%s:%d Fail to save repeat schedule json. Path is %s", kLogSource,
                  kDeleteSaveLine, path.c_str());
         SetError(kErrorFailed);

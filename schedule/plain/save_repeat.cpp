@@ -27,6 +27,7 @@ RepeatRule ReadRule(Get const& get)
     RepeatRule rule;
     rule.hasStart =
         KALD::WebAPIUtil::ParseInt(std::string(get("start_time", "-1")).c_str(), &rule.start);
+    rule.start = rule.hasStart ? rule.start : kNoStart; // a failed parse may have written to it
     rule.hasWeekly =
         KALD::WebAPIUtil::ParseBool(std::string(get("isweekly", "")).c_str(), &rule.isWeekly);
     rule.id = get("id", "");

@@ -6,7 +6,7 @@
 #include "frame/web_api_error.h"
 #include "kald/web_api_util.h"
 #include "platform/record_members.h"
-#include "schedule/data/readable_records.h"
+#include "platform/records.h"
 #include "schedule/userdefine/scoped_flag.h"
 #include "tremolane/recording_service.h"
 
@@ -28,18 +28,6 @@ std::vector<int> ParseStarts(char const* text)
     return starts;
 }
 
-/// Reads all that a delete of these schedules reads, before the first of them is deleted.
-void RequireReadable(std::vector<int> const& starts, int tuner)
-{
-    bool namesAny = false;
-    for (int const start : starts) {
-        namesAny = RequireReadableUserDefine(start, tuner) || namesAny;
-    }
-    if (namesAny) {
-        RequireReadableSchedules(tuner);
-    }
-}
-
 } // namespace
 
 void ScheduleRecordingAPI::DeleteUserDefine()
@@ -59,7 +47,6 @@ void ScheduleRecordingAPI::DeleteNamedUserDefines()
         SetError(kErrorBadParameter);
         return;
     }
-    RequireReadable(starts, *tuner);
     for (int const start : starts) {
         if (KALDTremolane::ReadUserDefineFromFile(m_userDefineRecord, start, *tuner) >= 0) {
             ScopedFlag const deleting(m_deleteOld);
@@ -81,6 +68,6 @@ void ScheduleRecordingAPI::DeleteOldUserDefine()
 
 bool ScheduleRecordingAPI::DeleteRecordedSchedule()
 {
-    return m_userDefineRecord[appliance::member::kIsRepeat].asBool() ? DeleteRepeatSchedule()
-                                                                     : DeleteSchedule() != 0;
+    bool const isRepeat = appliance::FlagOf(m_userDefineRecord, appliance::member::kIsRepeat);
+    return isRepeat ? DeleteRepeatSchedule() : DeleteSchedule() != 0;
 }

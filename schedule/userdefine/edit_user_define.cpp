@@ -1,4 +1,5 @@
-/// @file The method `edit_userdefine`: validate, neutralise, overlap, commit.
+/// @file The method `edit_userdefine`: validate, exclude the old schedule, test for
+/// overlap, commit.
 ///
 /// There is no change in place. The new times are tested against the stored schedules in which the
 /// old one no longer counts; then the old schedule is deleted and the new one created, through the
@@ -10,18 +11,18 @@
 #include "kald/web_utils.h"
 #include "platform/appliance_paths.h"
 #include "platform/record_members.h"
+#include "platform/records.h"
 #include "schedule/data/log_source.h"
-#include "schedule/data/readable_records.h"
 #include "schedule/data/schedule_file.h"
 #include "schedule/userdefine/scoped_flag.h"
 #include "tremolane/recording_service.h"
 
 #include <syslog.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <ctime>
 #include <utility>
-#include <vector>
 
 struct ScheduleRecordingAPI::UserDefineEdit {
     bool isRepeat = false;
@@ -35,10 +36,11 @@ struct ScheduleRecordingAPI::UserDefineEdit {
 };
 
 struct ScheduleRecordingAPI::StoredSchedules {
-    Json::Value oneShot; ///< array or null, as the other
+    Json::Value oneShot; ///< array, or null if it was not loaded; likewise the other
     Json::Value repeat;
-    std::vector<bool> leftOut; ///< by position, what a rewrite of the one-shot file leaves out
-    bool mustRewrite = false;
+    bool areReadable = false; ///< each of the two files is missing or was loaded
+    bool mustRewrite = false; ///< the one-shot file is to be replaced by `remaining`
+    Json::Value remaining;    ///< array, or null if no record remains
 };
 
 namespace {
@@ -48,40 +50,42 @@ using namespace appliance;
 constexpr std::size_t kWeekdaysLength = 15;
 constexpr int kSaveLine = 1325;
 constexpr int kStatusWaiting = 4;
-constexpr int kNeverCounts = 0; ///< a start that takes no part in the overlap test
+constexpr int kExcludedStart = 0; ///< a record that starts here takes no part in the overlap test
 constexpr int kDaySeconds = 86400;
 constexpr int kDaysOfWeek = 7;
 
-void NeutraliseOneShot(Json::Value& oneShot, int start)
+void ExcludeOneShots(Json::Value& oneShot, int start)
 {
     for (Json::Value& record : oneShot) {
-        if (record[member::kStartTime].asInt() == start) {
-            record[member::kStartTime] = kNeverCounts;
+        if (record.isObject() && IntOf(record, member::kStartTime) == start) {
+            record[member::kStartTime] = kExcludedStart;
         }
     }
 }
 
-/// Neutralises the rules of a start; the start of the one-shot schedule made last from them, or 0.
-int NeutraliseRepeat(Json::Value& repeat, int start)
+/// Excludes the repeat schedules that begin at `start`. Returns the start of the one-shot schedule
+/// that was generated last from them, or 0.
+int ExcludeRepeat(Json::Value& repeat, int start)
 {
-    int lastCreate = 0;
+    int lastGeneratedStart = 0;
     for (Json::Value& record : repeat) {
-        if (record[member::kStartTime].asInt() == start) {
-            lastCreate = record[member::kLastCreateTime].asInt();
-            record[member::kStartTime] = kNeverCounts;
+        if (record.isObject() && IntOf(record, member::kStartTime) == start) {
+            lastGeneratedStart = IntOf(record, member::kLastCreateTime);
+            record[member::kStartTime] = kExcludedStart;
             record[member::kLastCreateTime] = 0;
         }
     }
-    return lastCreate;
+    return lastGeneratedStart;
 }
 
-/// Whether a one-shot record is the one that a rule made last and that has not begun.
-bool IsMadeFrom(Json::Value const& record, std::string const& channelId, int lastCreate)
+/// Whether a one-shot record is the one that a repeat schedule of this channel generated last, and
+/// its recording has not begun.
+bool IsGeneratedBy(Json::Value const& record, std::string const& channelId, int lastGeneratedStart)
 {
-    std::string const channel =
-        record[member::kServiceId].asString() + '@' + record[member::kFrequency].asString();
-    return channel == channelId && record[member::kStartTime].asInt() == lastCreate &&
-           record[member::kStatus].asInt() == kStatusWaiting;
+    return record.isObject() && IntOf(record, member::kStartTime) == lastGeneratedStart &&
+           IntOf(record, member::kStatus) == kStatusWaiting &&
+           TextOf(record, member::kServiceId) + '@' + TextOf(record, member::kFrequency) ==
+               channelId;
 }
 
 /// The local weekday of now, Sunday 0.
@@ -103,21 +107,16 @@ void ScheduleRecordingAPI::EditUserDefine()
         return;
     }
     StoredSchedules stored;
-    LoadRecordFile(stored.oneShot, OneShotFile(edit.tuner)); // what does not load is an empty list
-    LoadRecordFile(stored.repeat, RepeatFile(edit.tuner));
-    RequireReadableOneShots(stored.oneShot);
-    RequireReadableRepeats(stored.repeat);
-    NeutraliseOld(stored);
-    if (!IsFree(edit, stored)) {
+    RecordFile const oneShot = LoadRecordFile(stored.oneShot, OneShotFile(edit.tuner));
+    RecordFile const repeat = LoadRecordFile(stored.repeat, RepeatFile(edit.tuner));
+    stored.areReadable = oneShot != RecordFile::kUnreadable && repeat != RecordFile::kUnreadable;
+    ExcludeOldSchedule(stored);
+    if (!HasNoOverlap(edit, stored)) {
         SetError(kErrorOverlap);
         return;
     }
-    // What would fail the new and the old create alike must not cost the old schedule.
-    if (!(edit.isRepeat ? RepeatOwner() : OneShotOwner())) {
-        return;
-    }
-    if (CommitOneShots(edit.tuner, stored)) {
-        ReplaceOld();
+    if (CanStore(edit, stored) && SaveRemainingOneShots(edit.tuner, stored)) {
+        DeleteOldThenCreateNew();
     }
 }
 
@@ -144,34 +143,39 @@ bool ScheduleRecordingAPI::ValidateEdit(UserDefineEdit& edit)
     }
     edit.tuner = *tuner;
     m_deleteOld = m_innerCreate = m_restoreOld = false;
-    if (KALDTremolane::ReadUserDefineFromFile(m_userDefineRecord, edit.oldStart, edit.tuner) < 0) {
-        return false;
-    }
-    RequireReadableUserDefine(m_userDefineRecord);
-    return true;
+    return KALDTremolane::ReadUserDefineFromFile(m_userDefineRecord, edit.oldStart, edit.tuner) >=
+           0;
 }
 
-void ScheduleRecordingAPI::NeutraliseOld(StoredSchedules& stored)
+void ScheduleRecordingAPI::ExcludeOldSchedule(StoredSchedules& stored)
 {
-    Json::Value const& old = m_userDefineRecord;
-    int const start = old[member::kStartTime].asInt();
-    if (!old[member::kIsRepeat].asBool()) {
-        NeutraliseOneShot(stored.oneShot, start);
+    int const start = IntOf(m_userDefineRecord, member::kStartTime);
+    if (!FlagOf(m_userDefineRecord, member::kIsRepeat)) {
+        ExcludeOneShots(stored.oneShot, start);
         return;
     }
-    int const lastCreate = NeutraliseRepeat(stored.repeat, start);
-    std::string const channelId = old[member::kChannelId].asString();
+    int const lastGeneratedStart = ExcludeRepeat(stored.repeat, start);
+    std::string const channelId = TextOf(m_userDefineRecord, member::kChannelId);
+    auto const isGenerated = [&](Json::Value const& record) {
+        return IsGeneratedBy(record, channelId, lastGeneratedStart);
+    };
+    stored.mustRewrite = std::any_of(stored.oneShot.begin(), stored.oneShot.end(), isGenerated);
+    if (!stored.mustRewrite) {
+        return;
+    }
+    stored.remaining = stored.oneShot; // a copy, because the overlap test may change its documents
+    DropRecords(stored.remaining, isGenerated);
+    if (stored.remaining.empty()) {
+        stored.remaining = Json::Value();
+    }
     for (Json::Value& record : stored.oneShot) {
-        bool const isMade = IsMadeFrom(record, channelId, lastCreate);
-        stored.leftOut.push_back(isMade);
-        if (isMade) {
-            record[member::kStartTime] = kNeverCounts;
-            stored.mustRewrite = true;
+        if (isGenerated(record)) {
+            record[member::kStartTime] = kExcludedStart;
         }
     }
 }
 
-bool ScheduleRecordingAPI::IsFree(UserDefineEdit const& edit, StoredSchedules& stored)
+bool ScheduleRecordingAPI::HasNoOverlap(UserDefineEdit const& edit, StoredSchedules& stored)
 {
     if (!edit.isRepeat) {
         return !KALDTremolane::TaskIsOverLap(edit.start, edit.duration, stored.oneShot,
@@ -195,16 +199,26 @@ bool ScheduleRecordingAPI::IsFree(UserDefineEdit const& edit, StoredSchedules& s
     return true;
 }
 
-bool ScheduleRecordingAPI::CommitOneShots(int tuner, StoredSchedules& stored)
+bool ScheduleRecordingAPI::CanStore(UserDefineEdit const& edit, StoredSchedules const& stored)
+{
+    if (!(edit.isRepeat ? RepeatOwner() : OneShotOwner())) {
+        return false;
+    }
+    if (!stored.areReadable) {
+        SetError(kErrorFailed);
+        return false;
+    }
+    // A create fails if the daemon cannot be told; a create_repeat does not.
+    return edit.isRepeat || ReloadDaemon();
+}
+
+bool ScheduleRecordingAPI::SaveRemainingOneShots(int tuner, StoredSchedules& stored)
 {
     if (!stored.mustRewrite) {
         return true;
     }
-    Json::Value kept; // stays null if everything is left out
-    auto position = stored.leftOut.cbegin();
-    KeepRecords(stored.oneShot, kept, [&position](Json::Value const&) { return *position++; });
     std::string const path = OneShotFile(tuner);
-    if (!WebUtils::SaveJsonFile(kept, path.c_str())) {
+    if (!WebUtils::SaveJsonFile(stored.remaining, path.c_str())) {
         ::syslog(LOG_ERR, "%s:%d Fail to save schedule json. Path is %s", kLogSource, kSaveLine,
                  path.c_str());
         SetError(kErrorFailed);
@@ -213,7 +227,7 @@ bool ScheduleRecordingAPI::CommitOneShots(int tuner, StoredSchedules& stored)
     return true;
 }
 
-void ScheduleRecordingAPI::ReplaceOld()
+void ScheduleRecordingAPI::DeleteOldThenCreateNew()
 {
     {
         ScopedFlag const deleting(m_deleteOld);

@@ -5,6 +5,7 @@
 #include "frame/schedule_recording_api.h"
 
 #include "platform/record_members.h"
+#include "platform/records.h"
 
 #include <strings.h>
 
@@ -41,19 +42,14 @@ bool Fits(Flag wanted, bool isOn)
     return wanted == Flag::kAny || (wanted == Flag::kOn) == isOn;
 }
 
-std::string AsText(Json::Value const& value)
-{
-    return value.asString();
-}
-
 std::string AsDecimal(Json::Value const& value)
 {
-    return std::to_string(value.asInt());
+    return std::to_string(AsInt(value));
 }
 
-std::string AsFlag(Json::Value const& value)
+std::string AsFlagText(Json::Value const& value)
 {
-    return value.asBool() ? "true" : "false";
+    return AsFlag(value) ? "true" : "false";
 }
 
 /// Serves the field of a record for a key.
@@ -71,8 +67,8 @@ FieldRule const kRestore[] = {
     {"start_time", member::kInputStartTime, AsText},
     {"start_date", member::kInputStartDate, AsText},
     {"duration", member::kInputDuration, AsText},
-    {"is_repeat", member::kIsRepeat, AsFlag},
-    {"isweekly", member::kIsWeekly, AsFlag},
+    {"is_repeat", member::kIsRepeat, AsFlagText},
+    {"isweekly", member::kIsWeekly, AsFlagText},
     {"weekdaystatus", member::kWeekdayStatus, AsText},
     {"end_date", member::kEndDate, AsText},
 };
@@ -126,6 +122,6 @@ std::string ScheduleRecordingAPI::GetParam(char const* key, char const* fallback
         return std::to_string(
             DateTimeToEpoch(m_request.In("start_date", ""), m_request.In("start_time", "")));
     }
-    return rule != nullptr ? rule->render(m_userDefineRecord[rule->field])
+    return rule != nullptr ? rule->render(MemberOf(m_userDefineRecord, rule->field))
                            : m_request.In(key, fallback);
 }

@@ -6,12 +6,9 @@
 #include "kald/web_utils.h"
 #include "platform/appliance_paths.h"
 #include "platform/record_members.h"
-#include "schedule/data/readable_records.h"
+#include "platform/records.h"
 #include "schedule/data/schedule_file.h"
 
-#include <unistd.h>
-
-#include <cerrno>
 #include <utility>
 
 namespace {
@@ -46,22 +43,17 @@ bool IsNeeded(Need need, bool isRepeat)
     return need == Need::kAlways || (need == Need::kIfRepeat && isRepeat);
 }
 
-/// Loads the records; none if there is no file. False if there is one that does not load: it may
-/// hold what its owner wants back, so nobody may write over it.
-bool LoadToChange(Json::Value& records)
+/// Drops the tuner's records that start at one of `starts`. Records of a negative tuner all stay.
+/// A list that becomes empty becomes null, which is what the file then holds.
+void DropNamed(Json::Value& records, std::set<int> const& starts, int tuner)
 {
-    return LoadRecordFile(records, kUserDefineFile) ||
-           (::access(kUserDefineFile, F_OK) != 0 && errno == ENOENT);
-}
-
-/// Moves to `kept` all records but those of the tuner that start at one of `starts`. Those of a
-/// negative tuner all stay.
-void KeepOthers(Json::Value& records, Json::Value& kept, std::set<int> const& starts, int tuner)
-{
-    KeepRecords(records, kept, [&starts, tuner](Json::Value const& record) {
-        bool const isOfTuner = record[member::kTuner].asInt() == tuner && tuner >= 0;
-        return starts.contains(record[member::kStartTime].asInt()) && isOfTuner;
+    DropRecords(records, [&starts, tuner](Json::Value const& record) {
+        return tuner >= 0 && IntOf(record, member::kTuner) == tuner &&
+               starts.contains(IntOf(record, member::kStartTime));
     });
+    if (records.empty()) {
+        records = Json::Value();
+    }
 }
 
 } // namespace
@@ -114,15 +106,13 @@ int ScheduleRecordingAPI::SaveUserDefineRecord()
         return start;
     }
     record[member::kTuner] = *tuner;
-    RequireReadableSchedules(*tuner); // the create that follows reads them
     Json::Value records;
-    if (!LoadToChange(records)) {
-        return kNotSaved;
+    if (LoadRecordFile(records, kUserDefineFile) == RecordFile::kUnreadable) {
+        return kNotSaved; // it may hold what its owner wants back
     }
-    Json::Value kept;
-    KeepOthers(records, kept, {start}, *tuner);
-    kept.append(std::move(record));
-    return WebUtils::SaveJsonFile(kept, kUserDefineFile) ? start : kNotSaved;
+    DropNamed(records, {start}, *tuner);
+    records.append(std::move(record));
+    return WebUtils::SaveJsonFile(records, kUserDefineFile) ? start : kNotSaved;
 }
 
 void ScheduleRecordingAPI::RemoveUserDefineRecord(int start, int tuner)
@@ -133,10 +123,9 @@ void ScheduleRecordingAPI::RemoveUserDefineRecord(int start, int tuner)
 void ScheduleRecordingAPI::RemoveUserDefineRecords(std::set<int> const& starts, int tuner)
 {
     Json::Value records;
-    if (tuner < 0 || !LoadRecordFile(records, kUserDefineFile)) {
+    if (tuner < 0 || LoadRecordFile(records, kUserDefineFile) != RecordFile::kLoaded) {
         return;
     }
-    Json::Value kept; // stays null if no record is left
-    KeepOthers(records, kept, starts, tuner);
-    WebUtils::SaveJsonFile(kept, kUserDefineFile);
+    DropNamed(records, starts, tuner);
+    WebUtils::SaveJsonFile(records, kUserDefineFile);
 }

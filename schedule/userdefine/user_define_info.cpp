@@ -5,6 +5,7 @@
 #include "frame/web_api_error.h"
 #include "kald/web_api_util.h"
 #include "platform/record_members.h"
+#include "platform/records.h"
 #include "tremolane/recording_service.h"
 
 #include <ctime>
@@ -89,15 +90,15 @@ void ScheduleRecordingAPI::GetUserDefineInfo()
 Json::Value ScheduleRecordingAPI::StoredScheduleInfo(Json::Value const& record, std::time_t now)
 {
     char duration[64];
-    SecondsToTimeText(duration, sizeof duration, record[member::kDuration].asInt());
-    Json::Value info = StartInfo(record[member::kStartTime].asInt(), now);
-    info[member::kChannelName] = record[member::kChannelName].asString();
-    info[member::kChannelId] = record[member::kChannelId].asString();
+    SecondsToTimeText(duration, sizeof duration, IntOf(record, member::kDuration));
+    Json::Value info = StartInfo(IntOf(record, member::kStartTime), now);
+    info[member::kChannelName] = TextOf(record, member::kChannelName);
+    info[member::kChannelId] = TextOf(record, member::kChannelId);
     info[member::kDuration] = duration;
-    info[member::kTitle] = record[member::kEventName].asString();
-    info[member::kDescription] = record[member::kTextName].asString();
-    info[member::kIsRepeat] = record[member::kIsRepeat];
-    info[member::kWeekdayStatus] = record[member::kWeekdayStatus].asString();
-    info[member::kEndDate] = record[member::kEndDate].asString();
+    info[member::kTitle] = TextOf(record, member::kEventName);
+    info[member::kDescription] = TextOf(record, member::kTextName);
+    info[member::kIsRepeat] = MemberOf(record, member::kIsRepeat);
+    info[member::kWeekdayStatus] = TextOf(record, member::kWeekdayStatus);
+    info[member::kEndDate] = TextOf(record, member::kEndDate);
     return info;
 }

@@ -81,8 +81,11 @@ private:
     /// Reads, authorises, processes.
     void RunRequest();
 
-    /// The same with what it throws recorded as an error, then answers; whether the answer was
-    /// sent.
+    /// Calls Process(), for a changing method with the exclusive right to change stored files.
+    void RunProcess();
+
+    /// Runs the request and answers it. An exception that leaves it is recorded as an error.
+    /// Returns whether the answer was sent.
     bool RunGuarded();
 };
 

@@ -1,0 +1,75 @@
+/// @file Reading and filtering the records of JSON documents, whatever they hold.
+///
+/// Stored files can be damaged or edited by hand. A member that is absent, or whose value jsoncpp
+/// cannot convert to the wanted type, reads as 0, as empty text or as false, so that one bad record
+/// never costs a good one. Nothing here throws on a type.
+#pragma once
+
+#include <json/value.h>
+
+#include <string>
+
+namespace appliance {
+
+/// The member `name` of a record; null if it is absent or `record` is no object.
+inline Json::Value const& MemberOf(Json::Value const& record, Json::StaticString const& name)
+{
+    return record.isObject() ? record[name.c_str()] : Json::Value::nullSingleton();
+}
+
+/// A value read as an int, as text and as a flag.
+inline int AsInt(Json::Value const& value)
+{
+    return value.isConvertibleTo(Json::intValue) ? value.asInt() : 0;
+}
+
+inline std::string AsText(Json::Value const& value)
+{
+    return value.isConvertibleTo(Json::stringValue) ? value.asString() : "";
+}
+
+inline bool AsFlag(Json::Value const& value)
+{
+    return value.isConvertibleTo(Json::booleanValue) && value.asBool();
+}
+
+/// A record's member read as an int, as text and as a flag.
+inline int IntOf(Json::Value const& record, Json::StaticString const& name)
+{
+    return AsInt(MemberOf(record, name));
+}
+
+inline std::string TextOf(Json::Value const& record, Json::StaticString const& name)
+{
+    return AsText(MemberOf(record, name));
+}
+
+inline bool FlagOf(Json::Value const& record, Json::StaticString const& name)
+{
+    return AsFlag(MemberOf(record, name));
+}
+
+/// Removes from an array (or null) the records that `isDropped` selects; returns whether there were
+/// any. The others keep their order. An element that is no object is no record: it is not asked
+/// about and keeps its place among the others.
+template <class Predicate>
+bool DropRecords(Json::Value& records, Predicate const& isDropped)
+{
+    Json::ArrayIndex kept = 0;
+    Json::ArrayIndex index = 0;
+    for (Json::Value& record : records) {
+        bool const isKept = !record.isObject() || !isDropped(record);
+        if (isKept && kept != index) {
+            records[kept].swap(record);
+        }
+        kept += isKept ? 1 : 0;
+        ++index;
+    }
+    if (kept == index) {
+        return false;
+    }
+    records.resize(kept);
+    return true;
+}
+
+} // namespace appliance
