@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 
 namespace KALDTremolane {
 
@@ -126,7 +127,7 @@ int GetRepeatLimitTime(int isWeekly, char const* weekdayStatus, char const* endD
         return kDaysOfYear;
     }
     auto const today = standin::DayOf(standin::LocalTime(::time(nullptr)));
-    return static_cast<int>(std::clamp((*end - today).count() + 1, 0L, long{kDaysOfYear}));
+    return static_cast<int>(std::clamp<std::int64_t>((*end - today).count() + 1, 0, kDaysOfYear));
 }
 
 } // namespace KALDTremolane
