@@ -29,13 +29,17 @@ class Schedule:
         return self.days is not None
 
     @property
+    def file(self):
+        """The name of the file that stores it."""
+        return "repeat" if self.is_repeat else "one_shot"
+
+    @property
     def start(self):
         return epoch(f"{self.date} {self.time}")
 
     @property
     def seconds(self):
-        hours, minutes = map(int, self.length.split(":"))
-        return hours * 3600 + minutes * 60
+        return epoch(f"1970-01-01 00:{self.length[3:]}") + 3600 * int(self.length[:2])
 
     def form(self):
         """The parameters by which a client creates it as a user-defined schedule."""
@@ -68,3 +72,8 @@ class Schedule:
                 "input_duration": self.length, "channel_name": "C", "channel_id": self.channel,
                 "is_repeat": self.is_repeat, "isweekly": True,
                 "weekdaystatus": self.days or "0,0,0,0,0,0,0", "end_date": self.end_date} | changes
+
+
+SHOW = Schedule("2025-07-02", "20:15", "01:00", "Show", "7@474")
+OTHER = Schedule("2025-07-05", "20:15", "01:00", "Other", "8@490")
+WEEKLY = Schedule("2025-07-03", "18:00", "00:30", "Weekly", "9@500", "0,0,0,0,1,0,0", "2025-12-31")

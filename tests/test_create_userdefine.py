@@ -2,11 +2,7 @@
 import pytest
 from conftest import Answer, case
 from faults import daemon_fails, unsaved
-from schedules import Schedule
-
-SHOW = Schedule("2025-07-02", "20:15", "01:00", "Show", "7@474")
-OTHER = Schedule("2025-07-05", "20:15", "01:00", "Other", "8@490")
-WEEKLY = Schedule("2025-07-03", "18:00", "00:30", "Weekly", "9@500", "0,0,0,0,1,0,0", "2025-12-31")
+from schedules import OTHER, SHOW, WEEKLY, epoch
 
 
 def create(appliance, schedule, user="admin", zone="UTC", under=(), **changes):
@@ -17,55 +13,44 @@ def create(appliance, schedule, user="admin", zone="UTC", under=(), **changes):
 @pytest.mark.parametrize("schedule, changes", [
     (SHOW, {"tuner": None}), (SHOW, {"is_repeat": "1"}), (SHOW, {"is_repeat": None}),
     (SHOW, {"start_date": None}), (SHOW, {"start_date": "2025-7-2"}),
-    (SHOW, {"start_date": "1960-01-01"}), (SHOW, {"start_date": "2999-01-01"}),
-    (SHOW, {"start_time": None}), (SHOW, {"start_time": "8:15"}), (SHOW, {"channel_name": ""}),
-    (SHOW, {"id": None}), (WEEKLY, {"weekdaystatus": None}), (WEEKLY, {"end_date": ""})], ids=str)
+    (SHOW, {"start_date": "1960-01-01"}), (SHOW, {"start_date": "9999-12-31"}),
+    (SHOW, {"start_date": "9999999999"}), (SHOW, {"start_time": None}),
+    (SHOW, {"start_time": "8:15"}), (SHOW, {"channel_name": ""}), (SHOW, {"id": None}),
+    (WEEKLY, {"weekdaystatus": None}), (WEEKLY, {"end_date": ""})], ids=str)
 def test_create_userdefine_bad_parameter(appliance, schedule, changes):
     appliance.store(user_defined=[SHOW])
     assert create(appliance, schedule, **changes) == Answer(101)
 
 
-@pytest.mark.sloppy
-def test_create_userdefine_one_shot(appliance):
-    assert create(appliance, SHOW, isweekly="x", weekdaystatus="y", end_date="z") == Answer()
-    appliance.expect_changes(one_shot=[SHOW], user_defined=[SHOW], commands=["reload"])
+@pytest.mark.parametrize("schedule, changes, stored, record", [
+    case("one-shot", SHOW, {"isweekly": "x", "weekdaystatus": "y", "end_date": "z"}, {}, {}),
+    case("rule", WEEKLY, {}, {}, {}), case("tuner x is 0", SHOW, {"tuner": "x"}, {}, {}),
+    case("isweekly that does not parse", WEEKLY, {"isweekly": "1"}, {}, {"isweekly": False}),
+    case("without texts", SHOW, {"title": None, "description": None},
+         {"title": "", "description": ""}, {"event_name": "", "text_name": ""}),
+    *(case(f"length {text}", SHOW, {"duration": text}, {"duration": max(seconds, 1800)},
+           {"duration": seconds, "input_duration": text}) for text, seconds in [
+        ("", -1), ("0:30", -1), ("00:30:0", -1), ("abcde", -1), ("12345", -1), ("99:99", 362340),
+        ("1:300", 21600)])])
+def test_create_userdefine(appliance, schedule, changes, stored, record):
+    appliance.store(user_defined=[OTHER])
+    assert create(appliance, schedule, **changes) == Answer()
+    appliance.expect_changes(user_defined=[OTHER, schedule.record(**record)], commands=["reload"],
+                             **{schedule.file: [schedule.stored(**stored)]})
 
 
-def test_create_userdefine_rule(appliance):
-    assert create(appliance.store(user_defined=[OTHER]), WEEKLY) == Answer()
-    appliance.expect_changes(repeat=[WEEKLY], user_defined=[OTHER, WEEKLY], commands=["reload"])
-
-
-@pytest.mark.sloppy
-def test_create_userdefine_isweekly_that_does_not_parse(appliance):
-    assert create(appliance, WEEKLY, isweekly="1") == Answer()
-    appliance.expect_changes(repeat=[WEEKLY], user_defined=[WEEKLY.record(isweekly=False)],
-                             commands=["reload"])
-
-
-@pytest.mark.sloppy
-@pytest.mark.parametrize("length", ["", "45", "90:00:00"])
-def test_create_userdefine_length_that_does_not_parse(appliance, length):
-    assert create(appliance, SHOW, duration=length) == Answer()
-    appliance.expect_changes(one_shot=[SHOW.stored(duration=1800)], commands=["reload"],
-                             user_defined=[SHOW.record(duration=-1, input_duration=length)])
-
-
-def test_create_userdefine_without_texts(appliance):
-    assert create(appliance, SHOW, title=None, description=None) == Answer()
-    appliance.expect_changes(one_shot=[SHOW.stored(title="", description="")],
-                             user_defined=[SHOW.record(event_name="", text_name="")],
-                             commands=["reload"])
-
-
-@pytest.mark.parametrize("zone, start", [
-    ("America/New_York", "2025-07-03T00:15"), ("Europe/Berlin", "2025-07-02T18:15")])
-def test_create_userdefine_at_local_time(appliance, zone, start):
-    date, time = start.split("T")
-    epoch = SHOW.but(date=date, time=time).start
-    assert create(appliance, SHOW, zone=zone) == Answer()
-    appliance.expect_changes(one_shot=[SHOW.stored(start_time=epoch)], commands=["reload"],
-                             user_defined=[SHOW.record(start_time=epoch)])
+@pytest.mark.parametrize("zone, date, time, start", [
+    ("America/New_York", "2025-07-02", "20:15", "2025-07-03 00:15"),
+    ("Europe/Berlin", "2025-01-15", "20:15", "2025-01-15 18:15"),  # by the clock of summer
+    ("UTC", "2025-13-01", "00:00", "2026-01-01 00:00"),
+    ("UTC", "2025/07/02", "20:15", "2025-01-01 20:15"),
+    ("UTC", "aaaaaaaaaa", "xx:xx", "2000-01-01 00:00")])
+def test_create_userdefine_start(appliance, zone, date, time, start):
+    assert create(appliance, SHOW, zone=zone, start_date=date, start_time=time) == Answer()
+    appliance.expect_changes(
+        one_shot=[SHOW.stored(start_time=epoch(start))], commands=["reload"],
+        user_defined=[SHOW.record(start_time=epoch(start), input_start_date=date,
+                                  input_start_time=time)])
 
 
 def test_create_userdefine_replaces_record_of_same_start_and_tuner(appliance):
@@ -93,39 +78,25 @@ def test_create_userdefine_takes_record_back(appliance, schedule, changes, files
     appliance.expect_changes(user_defined="null\n")
 
 
-@pytest.mark.parametrize("user, schedule, line, text", [
-    case("no account", "ghost", SHOW, 661, "Failed to KALDUserGet function."),
-    case("no uid", "nouid", SHOW, 667, "uid is error."),
-    case("rule, no account", "ghost", WEEKLY, 856, "Failed to KALDUserGet function."),
-    case("rule, no uid", "nouid", WEEKLY, 862, "uid is error.")])
-def test_create_userdefine_without_user(appliance, user, schedule, line, text):
+@pytest.mark.parametrize("user, schedule, log", [
+    ("ghost", SHOW, "661 Failed to KALDUserGet function."), ("nouid", SHOW, "667 uid is error."),
+    ("ghost", WEEKLY, "856 Failed to KALDUserGet function."),
+    ("nouid", WEEKLY, "862 uid is error.")], ids=str)
+def test_create_userdefine_without_user(appliance, user, schedule, log):
     appliance.store(user_defined=[OTHER])
-    assert create(appliance, schedule, user) == Answer(
-        100, log=[f"schedule_recording:{line} {text}"])
+    assert create(appliance, schedule, user) == Answer(100, log=[f"schedule_recording:{log}"])
     appliance.expect_changes(user_defined=[OTHER])
 
 
-def test_create_userdefine_without_daemon_one_shot_stays_without_record(appliance):
-    assert create(appliance, SHOW, under=daemon_fails(appliance, after=0)) == Answer(100)
-    appliance.expect_changes(one_shot=[SHOW], user_defined="null\n")
+@pytest.mark.parametrize("schedule, records", [(SHOW, "null\n"), (WEEKLY, [WEEKLY])], ids=str)
+def test_create_userdefine_without_daemon_only_a_rule_keeps_its_record(
+        appliance, schedule, records):
+    assert create(appliance, schedule, under=daemon_fails(appliance, after=0)) == Answer(100)
+    appliance.expect_changes(**{schedule.file: [schedule]}, user_defined=records)
 
 
-def test_create_userdefine_without_daemon_rule_stays_with_record(appliance):
-    assert create(appliance, WEEKLY, under=daemon_fails(appliance, after=0)) == Answer(100)
-    appliance.expect_changes(repeat=[WEEKLY], user_defined=[WEEKLY])
-
-
-def test_create_userdefine_not_saved(appliance):
+def test_create_userdefine_not_saved_and_no_broken_file_written_over(appliance):
     appliance.store(user_defined=[SHOW])
     assert create(appliance, SHOW, under=unsaved(appliance, "user_defined")) == Answer(101)
-
-
-@pytest.mark.parametrize("stored", ["{", "{}", "7"])
-def test_create_userdefine_writes_over_no_broken_file(appliance, stored):
-    assert create(appliance.store(user_defined=stored), SHOW) == Answer(101)
-
-
-@pytest.mark.sloppy
-def test_create_userdefine_tuner_without_a_number_is_0(appliance):
-    assert create(appliance, SHOW, tuner="x") == Answer()
-    appliance.expect_changes(one_shot=[SHOW], user_defined=[SHOW], commands=["reload"])
+    for stored in "{", "{}", "7":
+        assert create(appliance.store(user_defined=stored), SHOW) == Answer(101)
