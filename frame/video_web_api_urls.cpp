@@ -26,7 +26,7 @@ std::string VideoWebAPI::GetExternalUrl()
 std::string VideoWebAPI::GetIntParamText(std::string const& name)
 {
     char const* const text = m_request.In(name.c_str(), nullptr);
-    return text != nullptr ? std::to_string(std::strtol(text, nullptr, 10)) : "";
+    return text != nullptr ? std::to_string(std::strtoll(text, nullptr, 10)) : "";
 }
 
 } // namespace Tremolane

@@ -107,7 +107,7 @@ class Appliance:
     """A tree at the build's APPLIANCE_ROOT. Files are named by FILES, or by their path."""
 
     def __init__(self, build):
-        self.program, self.root = build.program, build.root
+        self.program, self.root, self.emulator = build.program, build.root, build.emulator
         self._before = None
 
     def lay(self):
@@ -179,7 +179,10 @@ class Appliance:
         """Runs the program to its end, whatever it answers."""
         self.settle()
         self._before = self.snapshot()
-        return subprocess.run([*under, self.program], capture_output=True, timeout=60, **options,
+        if under and self.emulator:
+            pytest.skip("strace would see the calls of the emulator")
+        return subprocess.run([*under, *self.emulator, self.program], capture_output=True,
+                              timeout=60, **options,
                               env=program_environment(now, zone, syncs=under) | environment)
 
     def expect_changes(self, **expected):
@@ -230,10 +233,12 @@ def program_environment(now, zone, syncs):
 
 @dataclasses.dataclass(frozen=True)
 class Build:
-    """A folder that CMake has built in, its program, and the tree that the program works on."""
+    """A folder that CMake has built in, its program, the tree that the program works on, and the
+    command that runs a program of another processor."""
     folder: Path
     program: Path
     root: Path
+    emulator: list
 
 
 def pytest_addoption(parser):
@@ -246,9 +251,11 @@ def build(pytestconfig):
     folder = SOURCE / pytestconfig.getoption("--build")
     cache = (folder / "CMakeCache.txt").read_text(encoding="utf-8")
     root = Path(re.search(r"^APPLIANCE_ROOT:\w+=(/.+)$", cache, re.MULTILINE)[1])
+    emulator = re.search(r"^CMAKE_CROSSCOMPILING_EMULATOR:\w+=(.+)$", cache, re.MULTILINE)
     with open(folder / "tests.lock", "w", encoding="ascii") as lock:
         fcntl.flock(lock, fcntl.LOCK_EX)
-        yield Build(folder, folder / "schedule_recording", root)
+        yield Build(folder, folder / "schedule_recording", root,
+                    emulator[1].split(";") if emulator else [])
 
 
 @pytest.fixture
@@ -284,6 +291,8 @@ class WebServer:
         return self
 
     def __enter__(self):
+        if self.appliance.emulator:
+            pytest.skip("a web server cannot start a program of another processor")
         self.lay_sample()
         shutil.copy(self.appliance.root / "etc/logins", self._folder)
         with socket.socket() as probe:

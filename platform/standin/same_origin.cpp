@@ -13,17 +13,20 @@ namespace {
 
 using appliance::Environment;
 
-/// Returns the origin that this request's pages have: scheme, host and port.
-std::string OwnOrigin()
+/// Returns whether an origin, a scheme with host and port, is that of this request's pages.
+bool IsOwnOrigin(std::string const& origin)
 {
     bool const isSecure = ::strcasecmp(Environment("HTTPS").c_str(), "on") == 0 ||
                           Environment("REQUEST_SCHEME") == "https";
-    std::string host = Environment("HTTP_HOST");
     std::string const defaultPort = isSecure ? ":443" : ":80"; // browsers leave it out of an origin
-    if (host.ends_with(defaultPort)) {
-        host.resize(host.size() - defaultPort.size());
+    std::string own = (isSecure ? "https://" : "http://") + Environment("HTTP_HOST");
+    if (own.ends_with(defaultPort)) {
+        own.resize(own.size() - defaultPort.size());
     }
-    return (isSecure ? "https://" : "http://") + host;
+    // Some web servers leave the port out of HTTP_HOST.
+    std::string const ownWithPort = own + ':' + Environment("SERVER_PORT");
+    return ::strcasecmp(origin.c_str(), own.c_str()) == 0 ||
+           ::strcasecmp(origin.c_str(), ownWithPort.c_str()) == 0;
 }
 
 } // namespace
@@ -33,7 +36,7 @@ bool IsForeignRequest()
     std::string const site = Environment("HTTP_SEC_FETCH_SITE");
     std::string const origin = Environment("HTTP_ORIGIN");
     return (!site.empty() && site != "same-origin" && site != "none") ||
-           (!origin.empty() && ::strcasecmp(origin.c_str(), OwnOrigin().c_str()) != 0);
+           (!origin.empty() && !IsOwnOrigin(origin));
 }
 
 } // namespace standin
