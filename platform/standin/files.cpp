@@ -11,12 +11,16 @@ namespace standin {
 
 namespace {
 
-constexpr mode_t kNewFileMode = 0640;
 constexpr mode_t kTemporaryMode = 0600; ///< until it has the mode of the file that it replaces
 constexpr mode_t kPermissionBits = 0777;
 
 int g_saves = 0;
 bool g_hasDeviceFailed = false;
+
+std::string FolderOf(std::string const& path)
+{
+    return path.substr(0, path.find_last_of('/') + 1);
+}
 
 std::string TemporaryOf(std::string const& path)
 {
@@ -39,20 +43,25 @@ UniqueFd OpenTemporary(std::string const& path)
         ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kTemporaryMode));
 }
 
+/// As root, gives a file the owner and group of another one.
+bool CopyOwner(int fd, struct stat const& other)
+{
+    return ::geteuid() != 0 || ::fchown(fd, other.st_uid, other.st_gid) == 0;
+}
+
 /// Gives a new file the mode of the file at `path` and, as root, its owner and group. Without an
-/// old file it gets the mode of a new store.
-bool CopyOwnerAndMode(int fd, std::string const& path)
+/// old file it gets `newMode` and its folder's owner.
+bool CopyOwnerAndMode(int fd, std::string const& path, mode_t newMode)
 {
     struct stat old {};
     if (::stat(path.c_str(), &old) != 0) {
-        return errno == ENOENT && ::fchmod(fd, kNewFileMode) == 0;
+        return errno == ENOENT && GiveToOwnerOfFolder(fd, path) && ::fchmod(fd, newMode) == 0;
     }
     if (!S_ISREG(old.st_mode)) {
         errno = EINVAL; // a folder could change places with a file, but nobody wants that
         return false;
     }
-    bool const isOwnerKept = ::geteuid() != 0 || ::fchown(fd, old.st_uid, old.st_gid) == 0;
-    return isOwnerKept && ::fchmod(fd, old.st_mode & kPermissionBits) == 0;
+    return CopyOwner(fd, old) && ::fchmod(fd, old.st_mode & kPermissionBits) == 0;
 }
 
 bool Exchange(std::string const& one, std::string const& other)
@@ -65,8 +74,9 @@ bool Exchange(std::string const& one, std::string const& other)
 /// then. Only on a file system that cannot exchange files is such a failure not undone.
 bool Commit(std::string const& temporary, std::string const& path)
 {
-    bool const isExchanged = Exchange(temporary, path);
-    bool const isNew = !isExchanged && errno == ENOENT;
+    struct stat old {};
+    bool const isNew = ::lstat(path.c_str(), &old) != 0 && errno == ENOENT;
+    bool const isExchanged = !isNew && Exchange(temporary, path);
     bool const isMoved = isExchanged || std::rename(temporary.c_str(), path.c_str()) == 0;
     bool const isSynced = isMoved && SyncFolderOf(path);
     int const error = errno;
@@ -93,6 +103,9 @@ UniqueFd OpenRegularFile(char const* path)
     UniqueFd fd(::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     struct stat info {};
     if (!fd || ::fstat(fd.Get(), &info) != 0) {
+        if (errno == ENOENT && ::lstat(path, &info) == 0) {
+            errno = ENXIO; // a dangling link: the volume that holds its target may come back
+        }
         NoteFailure();
         return UniqueFd();
     }
@@ -154,7 +167,9 @@ void ForgetDeviceFailure()
 
 void NoteFailure()
 {
-    g_hasDeviceFailed = g_hasDeviceFailed || errno == EIO;
+    for (int const error : {EIO, ENOSPC, EDQUOT, EFBIG, EROFS, ENOMEM, EMFILE, ENFILE}) {
+        g_hasDeviceFailed = g_hasDeviceFailed || errno == error;
+    }
 }
 
 int SavesOfThisProcess()
@@ -162,9 +177,15 @@ int SavesOfThisProcess()
     return g_saves;
 }
 
+bool GiveToOwnerOfFolder(int fd, std::string const& path)
+{
+    struct stat folder {};
+    return ::stat(FolderOf(path).c_str(), &folder) == 0 && CopyOwner(fd, folder);
+}
+
 bool SyncFolderOf(std::string const& path)
 {
-    std::string const folder = path.substr(0, path.find_last_of('/') + 1);
+    std::string const folder = FolderOf(path);
     UniqueFd const fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     return fd && ::fsync(fd.Get()) == 0;
 }
@@ -174,12 +195,12 @@ void RemoveTemporaryOf(std::string const& path)
     ::unlink(TemporaryOf(path).c_str());
 }
 
-bool WriteWholeFile(std::string const& path, std::string_view text)
+bool WriteWholeFile(std::string const& path, std::string_view text, unsigned newMode)
 {
     ++g_saves;
     std::string const temporary = TemporaryOf(path);
     UniqueFd const fd = OpenTemporary(temporary);
-    if (!fd || !WriteAll(fd.Get(), text) || !CopyOwnerAndMode(fd.Get(), path) ||
+    if (!fd || !WriteAll(fd.Get(), text) || !CopyOwnerAndMode(fd.Get(), path, newMode) ||
         ::fsync(fd.Get()) != 0) {
         NoteFailure();
         int const error = errno;

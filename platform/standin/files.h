@@ -18,8 +18,9 @@ bool ReadToEnd(int fd, std::string& text);
 /// Writes all of `text`. False with errno set on an error.
 bool WriteAll(int fd, std::string_view text);
 
-/// Whether a file could not be opened, read or replaced because the device failed (EIO) since the
-/// last call of ForgetDeviceFailure(). What was read cannot be told from a missing file then.
+/// Returns whether a file could not be opened, read or replaced since the last call of
+/// ForgetDeviceFailure() because a device failed or something ran out: space, memory, descriptors.
+/// What was read cannot be told from a missing file then, and what was to be saved was not.
 bool HasDeviceFailed();
 void ForgetDeviceFailure();
 
@@ -31,9 +32,13 @@ int SavesOfThisProcess();
 
 /// Replaces `path` by `text` durably, all or nothing: the old file or the new one stands there,
 /// whatever happens. Keeps the old file's mode and, as root, its owner and group; a new file gets
-/// 0640. On false the temporary file beside it is gone, too. At most one process may do this to a
-/// file at a time.
-bool WriteWholeFile(std::string const& path, std::string_view text);
+/// `newMode` and, as root, the owner of its folder. On false the temporary file beside it is gone,
+/// too. At most one process may do this to a file at a time.
+bool WriteWholeFile(std::string const& path, std::string_view text, unsigned newMode = 0640);
+
+/// As root, gives an open file to the owner of the folder of `path`, so that a program that runs as
+/// that user can use the file too.
+bool GiveToOwnerOfFolder(int fd, std::string const& path);
 
 /// Deletes the temporary file that a killed WriteWholeFile() may have left.
 void RemoveTemporaryOf(std::string const& path);

@@ -28,8 +28,8 @@ public:
     /// false the reason was logged, and no file may be changed.
     bool Begin();
 
-    /// Makes the changes final. False, and logged, if they are not: because a device failed during
-    /// the request, in which case they are rolled back, or because the journal could not be deleted
+    /// Makes the changes final. False, and logged, if they are not: because a device failed or is
+    /// full, in which case they are rolled back, or because the journal could not be deleted
     /// durably, in which case the next request may roll them back.
     bool Commit();
 
