@@ -1,4 +1,4 @@
-/// @file Whether a recording would overlap a stored one.
+/// @file Checking whether a recording would overlap a stored one.
 #include "platform/record_members.h"
 #include "platform/records.h"
 #include "platform/standin/local_calendar.h"
@@ -17,14 +17,14 @@ using standin::LocalTime;
 using std::chrono::days;
 using std::chrono::sys_days;
 
-/// Epoch seconds, the end not included.
+/// A half-open interval in epoch seconds.
 struct Interval {
     std::int64_t begin, end;
 
     bool Overlaps(Interval const& other) const { return begin < other.end && other.begin < end; }
 };
 
-/// The time at which the wall clock shows the time of day of `timeOfDay` on `day`.
+/// Returns the epoch seconds at which the local wall clock shows `timeOfDay` on `day`.
 std::int64_t EpochOn(sys_days day, std::tm const& timeOfDay)
 {
     std::chrono::year_month_day const date(day);
@@ -36,7 +36,7 @@ std::int64_t EpochOn(sys_days day, std::tm const& timeOfDay)
     return std::mktime(&local);
 }
 
-/// The last local day on which a repeat record is made, as far as it matters before `latest`.
+/// Returns the last local day, `latest` at most, on which a repeat record can have an occurrence.
 sys_days LastDayOf(Json::Value const& record, sys_days firstDay, sys_days latest)
 {
     sys_days last = latest;
@@ -49,8 +49,8 @@ sys_days LastDayOf(Json::Value const& record, sys_days firstDay, sys_days latest
     return last;
 }
 
-/// Tests the occurrences of a repeat record that could touch the wanted time. Days are widened by
-/// one at both ends, because days of the local calendar differ in length.
+/// Returns whether an occurrence of a repeat record overlaps the wanted interval. Tests only the
+/// days near that interval, plus one day at each end because local days differ in length.
 bool RepeatOverlaps(Json::Value const& record, int start, Interval const& wanted)
 {
     std::int64_t const duration = DurationOf(record);
