@@ -1,4 +1,4 @@
-# Warnings, hardening and sanitizers, for every target.
+# Sets warnings, hardening and sanitizers for every target.
 add_compile_options(-Wall -Wextra -Wpedantic -Wconversion -Wshadow)
 
 if(FUZZ)
