@@ -36,7 +36,7 @@ constexpr char kJournal[] = PACKAGE_FOLDER "/.schedules.journal";
 /// Longer than the slowest change takes by far, shorter than web servers wait for a CGI program.
 constexpr int kLockSeconds = 10;
 
-Transaction* g_current = nullptr;
+Transaction* current = nullptr; ///< the transaction in progress
 
 /// A file of the journal; `old` is none if it did not exist.
 struct OldVersion {
@@ -95,6 +95,15 @@ bool LockInTime(int fd)
 void LogFailure(char const* what, char const* path)
 {
     ::syslog(LOG_ERR, "%s %s: %s", what, path, std::strerror(errno));
+}
+
+void LogLockFailure()
+{
+    if (errno == EINTR) {
+        ::syslog(LOG_ERR, "another request has held %s for %d seconds", kLock, kLockSeconds);
+    } else {
+        LogFailure("cannot lock", kLock);
+    }
 }
 
 /// Reads the journal's entries; none if the text is no journal.
@@ -169,8 +178,8 @@ bool DeleteJournal()
 
 Transaction::~Transaction()
 {
-    if (g_current == this) {
-        g_current = nullptr;
+    if (current == this) {
+        current = nullptr;
     }
 }
 
@@ -182,12 +191,11 @@ bool Transaction::Begin()
             return true; // without the package's folder no file can be replaced
         }
         if (!m_lock || !GiveToOwnerOfFolder(m_lock.Get(), kLock) || !LockInTime(m_lock.Get())) {
-            LogFailure(errno == EINTR ? "another request holds for too long" : "cannot lock",
-                       kLock);
+            LogLockFailure();
             return false;
         }
     } while (!IsStillAt(m_lock.Get(), kLock));
-    g_current = this;
+    current = this;
     ForgetDeviceFailure();
     return RollBack();
 }
@@ -199,17 +207,17 @@ bool Transaction::Commit()
         RollBack();
         return false;
     }
-    g_current = nullptr;
+    current = nullptr;
     return m_journal.empty() || DeleteJournal();
 }
 
 bool Transaction::RollBack()
 {
-    Transaction* const current = std::exchange(g_current, nullptr); // a restore is not journaled
+    Transaction* const suspended = std::exchange(current, nullptr); // a restore is not journaled
     RemoveTemporaryOf(kJournal);
     UniqueFd const journal = OpenOwn(kJournal, 0);
     if (!journal && errno == ENOENT) {
-        g_current = current;
+        current = suspended;
         return true;
     }
     if (!journal || !RestoreAll(journal.Get())) {
@@ -220,16 +228,17 @@ bool Transaction::RollBack()
     ::syslog(LOG_WARNING, "rolled back an unfinished request");
     m_journal.clear();
     m_kept.clear();
-    g_current = current;
+    current = suspended;
     return DeleteJournal();
 }
 
 bool Transaction::KeepOldVersion(std::string const& path)
 {
-    if (g_current == nullptr || !path.starts_with(kFolder) || g_current->m_kept.contains(path)) {
+    if (current == nullptr || current->m_savesOnce || !path.starts_with(kFolder) ||
+        current->m_kept.contains(path)) {
         return true;
     }
-    return g_current->AppendToJournal(path);
+    return current->AppendToJournal(path);
 }
 
 bool Transaction::AppendToJournal(std::string const& path)

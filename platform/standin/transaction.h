@@ -19,7 +19,9 @@ namespace standin {
 /// files as they stand.
 class Transaction {
 public:
-    Transaction() = default;
+    /// `savesOnce`: the request replaces one file at most, once. That is all or nothing by itself,
+    /// so it needs no journal, which costs three waits for the disk.
+    explicit Transaction(bool savesOnce) : m_savesOnce(savesOnce) {}
     ~Transaction();
     Transaction(Transaction const&) = delete;
     Transaction& operator=(Transaction const&) = delete;
@@ -45,6 +47,7 @@ public:
 private:
     bool AppendToJournal(std::string const& path);
 
+    bool m_savesOnce;
     UniqueFd m_lock;
     std::string m_journal;        ///< the text of the journal; empty if nothing was replaced yet
     std::set<std::string> m_kept; ///< the paths whose old version it holds
