@@ -9,6 +9,22 @@ def failing(calls, *paths, at="1+", error="EIO"):
             "-e", f"inject={calls}:error={error}:when={at}"]
 
 
+def not_loaded(appliance, name, stored):
+    """The log of a store that holds a broken text, or a document that is no array."""
+    reason = "it holds no array" if stored.endswith(("}", "7")) else "it is not JSON"
+    return [f"cannot load {appliance.path(name)}: {reason}"]
+
+
+def not_saved(appliance, name, reason="No space left on device"):
+    """The log of a store under unsaved()."""
+    return [f"cannot save {appliance.path(name)}: {reason}"]
+
+
+def not_told(appliance):
+    """The log of a daemon under daemon_fails()."""
+    return [f"cannot tell the tuner daemon by {appliance.path('commands')}: Input/output error"]
+
+
 def unsaved(appliance, name):
     """Fails every save of a file, for want of room: its temporary file does not get its name."""
     path = appliance.path(name)

@@ -5,7 +5,7 @@ import re
 import subprocess
 
 import pytest
-from conftest import SOURCE, Appliance, WebServer, case, parse_answer
+from conftest import SOURCE, Appliance, WebServer, case, parameters_of, parse_answer
 
 DONE, GUEST, NO_LOGIN = ({"success": True}, {"success": False, "error": {"code": 105}},
                          {"success": False, "error": {"code": 106}})
@@ -24,7 +24,8 @@ def ask(server, query, *arguments, login="viewer", where="webapi"):
     body, status = curl("-u", f"{login}:{login}", *arguments,
                         f"{server.url}/{where}/schedule_recording?{query}")
     assert status == "200 application/json; charset=utf-8", body
-    return parse_answer({}, {}, body).body
+    form = arguments[1] if "-d" in arguments else ""
+    return parse_answer(parameters_of(query, form), {}, body).body
 
 
 @pytest.mark.parametrize("query, form, first, start, total", [
