@@ -1,7 +1,7 @@
 """create_userdefine: first the record, then the schedule that it describes."""
 import pytest
 from conftest import Answer, case
-from faults import daemon_fails, not_loaded, not_saved, not_told, unsaved
+from faults import daemon_fails, not_loaded, not_told, unsaved
 from schedules import OTHER, SHOW, WEEKLY, epoch
 
 

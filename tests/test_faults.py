@@ -1,12 +1,10 @@
 """Faults at every system call of every changing method: what is stored is whole, and once the next
 request has run it is all as before the request or all as after it."""
-import fcntl
 import json
-import time
 import urllib.parse
 
 import pytest
-from conftest import ETC, Answer
+from conftest import ETC
 from every_method import CHANGING, STORED, query_of
 from faults import calls_of, daemon_fails, failing_nth
 
@@ -111,19 +109,3 @@ def test_eio_at_every_call(faults, tmp_path):
         faults.recover()
         is_success = b'{"success":true}' in run.stdout
         assert faults.state() in ([faults.after] if is_success else states), call
-
-
-@pytest.mark.slow
-def test_lock_held_by_another(appliance):
-    """A request that changes waits for the lock, but not for ever; list does not wait."""
-    appliance.request("delete_passed", tuner=0)
-    with open(appliance.root / ETC / ".schedules.lock", "rb") as lock:
-        fcntl.flock(lock, fcntl.LOCK_EX)
-        begin = time.monotonic()
-        assert appliance.request("list").code is None
-        assert time.monotonic() - begin < 5
-        answer = appliance.request("create", tuner=0, id=7, start_time=5, now=None)
-        assert 5 < time.monotonic() - begin < 30
-    log = "another request holds for too long " + str(appliance.root / ETC / ".schedules.lock")
-    assert answer.code == 100 and answer.log[0].startswith(log)
-    assert appliance.request("delete_passed", tuner=0) == Answer()

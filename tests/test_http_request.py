@@ -1,4 +1,5 @@
 """How a request comes in, which method it names, and how its answer goes out."""
+import os
 import re
 
 import pytest
@@ -62,6 +63,52 @@ def test_request_in_body(appliance, length, body, changes, answer):
     environment = {"REQUEST_METHOD": "POST", "CONTENT_TYPE": FORM, "CONTENT_LENGTH": length}
     read = "method=list" if answer == LIST else ""
     assert appliance.run(environment | changes, body, read) == answer
+
+
+@pytest.mark.parametrize("http_method, query, allowed", [
+    ("HEAD", "method=list", None), ("OPTIONS", "method=list", "GET, HEAD, POST"),
+    *((name, CREATE, "GET, POST") for name in ("HEAD", "PUT", "DELETE", "get"))])
+def test_request_by_http_method(appliance, http_method, query, allowed):
+    run = appliance.launch({"REQUEST_METHOD": http_method, "QUERY_STRING": query,
+                            "REMOTE_USER": "admin"})
+    head = ("Content-Type: application/json; charset=utf-8" if allowed is None else
+            f"Status: 405 Method Not Allowed\r\nAllow: {allowed}")
+    assert run.stdout.decode() == f"{head}\r\nCache-Control: no-store\r\n\r\n"
+
+
+@pytest.mark.parametrize("http_method", ["POST", "PUT"])
+def test_rest_of_body_is_read_away(appliance, tmp_path, http_method):
+    for size, read in (2 * MIB, 2 * MIB), (9 * MIB, 8 * MIB):
+        (tmp_path / "body").write_bytes(bytes(size))
+        with open(tmp_path / "body", "rb") as body:
+            appliance.launch({"REQUEST_METHOD": http_method, "CONTENT_TYPE": FORM,
+                              "CONTENT_LENGTH": str(size), "REMOTE_USER": "admin"}, stdin=body)
+            assert os.lseek(body.fileno(), 0, os.SEEK_CUR) == read
+
+
+def origin(text, host, **environment):
+    return {"HTTP_ORIGIN": text, "HTTP_HOST": host, **environment}
+
+
+@pytest.mark.parametrize("is_foreign, headers", [
+    *((is_foreign, {"HTTP_SEC_FETCH_SITE": site}) for is_foreign, site in [
+        (False, "same-origin"), (False, "none"), (True, "same-site"), (True, "cross-site")]),
+    (False, origin("http://tv", "tv")), (False, origin("http://tv", "TV:80")),
+    (False, origin("http://tv:81", "tv:81")), (False, origin("https://tv", "tv:443", HTTPS="on")),
+    (False, origin("http://tv:81", "tv", SERVER_PORT="81")),
+    (False, origin("https://tv:80", "tv:80", REQUEST_SCHEME="https")),
+    (True, origin("https://tv", "tv")), (True, origin("http://tv", "tv", HTTPS="on")),
+    (True, origin("http://tv:82", "tv", SERVER_PORT="81")), (True, origin("http://tv", "tv:81")),
+    (True, origin("null", "tv")), (True, origin("http://tv.example", "tv")),
+    (True, origin("http://x", "tv", HTTP_SEC_FETCH_SITE="same-origin"))], ids=str)
+def test_request_of_a_foreign_page_changes_nothing(appliance, is_foreign, headers):
+    log = "refused a change that a page of another site or origin has sent"
+    answer = appliance.run({"QUERY_STRING": CREATE} | headers)
+    assert answer == (Answer(105, log=[log]) if is_foreign else Answer())
+    appliance.expect_changes(**{} if is_foreign else {
+        "one_shot": [made()], "commands": ["reload"]})
+    appliance.store(one_shot=None)
+    assert appliance.run({"QUERY_STRING": "method=list"} | headers) == LIST
 
 
 def test_answer_that_is_lost_is_logged_once(appliance):
