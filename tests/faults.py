@@ -43,13 +43,13 @@ def failing_nth(name, nth, what):
 
 
 def calls_of(trace, path):
-    """The calls of a strace from the first that names the path: each name, and which call of that
-    name it is."""
+    """The calls of a strace -y from the first that names the path: each name, which call of that
+    name it is, and the whole line."""
     counts, calls = {}, []
     for line in trace.splitlines():
         name = line.split(maxsplit=1)[1].partition("(")[0]
         if name.isidentifier():
             counts[name] = counts.get(name, 0) + 1
             if calls or path in line:
-                calls.append((name, counts[name]))
+                calls.append((name, counts[name], line))
     return calls

@@ -1,7 +1,7 @@
 """edit_userdefine: what is refused, what is replaced, what is put back."""
 import pytest
 from conftest import Answer, case
-from faults import daemon_fails, failing, not_told, unsaved
+from faults import daemon_fails, failing, not_saved, not_told, unsaved
 from schedules import OTHER, SHOW, WEEKLY, Schedule
 
 NEW_SHOW = Schedule("2025-07-04", "21:00", "02:00", "New", "7@474")
@@ -170,6 +170,16 @@ def test_edit_userdefine_goes_on_after_delete_that_fails(shows):
     shows.store(one_shot=[OTHER], user_defined=[SHOW])
     assert edit(shows, SHOW, NEW_SHOW) == Answer(402)
     shows.expect_changes(**after, commands=["reload", "reload"])
+
+
+@pytest.mark.parametrize("name, after", [
+    ("repeat", {"one_shot": [OTHER, SHOW], "user_defined": [SHOW],
+                "commands": [STOP, "reload", "reload"]}),
+    ("one_shot", {"repeat": [NEW_RULE], "user_defined": [NEW_RULE], "commands": ["reload"]})])
+def test_edit_userdefine_to_rule_not_saved(shows, name, after):
+    answer = edit(shows, SHOW, NEW_RULE, under=unsaved(shows, name))
+    assert answer == Answer(403, log=not_saved(shows, name))
+    shows.expect_changes(**after)
 
 
 def test_edit_userdefine_of_rule_not_saved(rule):
