@@ -1,4 +1,4 @@
-# Warnings, hardening and sanitizers, for every target.
+# Sets warnings, hardening and sanitizers for every target.
 add_compile_options(-Wall -Wextra -Wpedantic -Wconversion -Wshadow)
 
 # A 32-bit glibc has a 32-bit time_t and cannot stat a large inode number without these.

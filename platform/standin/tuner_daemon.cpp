@@ -1,4 +1,4 @@
-/// @file The tuner daemon, reached through its control file: a line is a command.
+/// @file Commanding the tuner daemon through its control file, which has one command a line.
 #include "tremolane/tuner_daemon.h"
 
 #include "platform/appliance_paths.h"
@@ -13,7 +13,8 @@
 
 namespace {
 
-/// Appends one command. One write in append mode, so that commands of two requests never mix.
+/// Appends one command with a single write in append mode, so that the commands of concurrent
+/// requests never mix. Returns false on failure.
 bool Command(std::string const& line)
 {
     constexpr mode_t kMode = 0644;

@@ -13,6 +13,7 @@
 #include <syslog.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -36,6 +37,19 @@ bool IsReading(char const* method)
 {
     constexpr char kInfo[] = "getinfo_";
     return ::strcasecmp(method, "list") == 0 || ::strncasecmp(method, kInfo, sizeof kInfo - 1) == 0;
+}
+
+/// Returns whether a method replaces one stored file at most, once. A `create` does so for one
+/// channel, but not for a list of them.
+bool SavesOnce(char const* method, bool isList)
+{
+    if (::strcasecmp(method, "create") == 0) {
+        return !isList;
+    }
+    constexpr char const* kMethods[] = {"delete", "delete_passed", "create_repeat", "edit_repeat",
+                                        "delete_repeat"};
+    return std::ranges::any_of(
+        kMethods, [method](char const* name) { return ::strcasecmp(method, name) == 0; });
 }
 
 /// Returns null if the HTTP method may be used for an API method, otherwise the list of those that
@@ -121,7 +135,8 @@ void WebAPI::RunProcess()
         Process();
         return;
     }
-    standin::Transaction transaction;
+    bool const isList = std::strchr(m_request.In("id", ""), ',') != nullptr;
+    standin::Transaction transaction(SavesOnce(m_request.m_methodName, isList));
     if (!transaction.Begin()) {
         SetError(kErrorFailed);
         return;

@@ -24,18 +24,20 @@ constexpr char kAdministrators[] = "administrators";
 class WebCGI::Request {
 public:
     /// Adds the parameters of a form-encoded text. A key that is already there keeps its value.
-    void AddParameters(std::string_view text)
+    /// Returns false if they could not be read: to run with some of them is worse than not at all.
+    bool AddParameters(std::string_view text)
     {
         UriQueryListA* list = nullptr;
         int count = 0;
         if (uriDissectQueryMallocExA(&list, &count, text.data(), text.data() + text.size(),
                                      URI_TRUE, URI_BR_DONT_TOUCH) != URI_SUCCESS) {
-            return;
+            return false;
         }
         for (UriQueryListA const* item = list; item != nullptr; item = item->next) {
             m_parameters.try_emplace(item->key, item->value != nullptr ? item->value : "");
         }
         uriFreeQueryListA(list);
+        return true;
     }
 
     char const* Find(char const* name, char const* fallback) const
@@ -57,16 +59,13 @@ WebCGI::~WebCGI() = default;
 bool WebCGI::Read()
 {
     m_request->m_login = Environment("REMOTE_USER");
-    m_request->AddParameters(Environment("QUERY_STRING"));
+    bool isRead = m_request->AddParameters(Environment("QUERY_STRING"));
     if (Environment("REQUEST_METHOD") == "POST") {
         auto const form = standin::ReadForm();
-        if (!form) {
-            return false;
-        }
-        m_request->AddParameters(*form);
+        isRead = isRead && form && m_request->AddParameters(*form);
     }
-    m_methodName = In("method", "");
-    return true;
+    m_methodName = isRead ? In("method", "") : "";
+    return isRead;
 }
 
 char const* WebCGI::In(char const* name, char const* fallback)
