@@ -2,7 +2,6 @@
 import dataclasses
 import fcntl
 import glob
-import importlib.util
 import json
 import os
 import re
@@ -17,6 +16,7 @@ import pytest
 from schedules import Schedule, epoch
 
 pytest.register_assert_rewrite("api_description")
+from api_description import observe  # noqa: E402
 pytest_plugins = ["api_description"]
 SOURCE = Path(__file__).resolve().parent.parent
 NOW = "2025-07-01 12:00"  # a Tuesday
@@ -64,11 +64,10 @@ class Stored:
     commands: list | None = None
 
 
-if importlib.util.find_spec("api_description"):
-    from api_description import observe
-else:
-    def observe(method, parameters, answer):
-        """Every answer that any test gets passes here."""
+def parameters_of(query, form=""):
+    """The parameters of a request: of one name the first counts, and a text ends at NUL."""
+    pairs = urllib.parse.parse_qsl(f"{query}&{form}", keep_blank_values=True)
+    return {name: text.partition("\0")[0] for name, text in reversed(pairs)}
 
 
 def parse_answer(parameters, headers, body, log=()):
@@ -158,22 +157,25 @@ class Appliance:
         nothing may have changed. `now` is a time in UTC, None for the real one; `under` is a
         command that runs the program.
         """
-        given = {key: str(value) for key, value in {"method": method, **parameters}.items()
+        given = {key: value for key, value in {"method": method, **parameters}.items()
                  if value is not None}
-        return self.run({"QUERY_STRING": urllib.parse.urlencode(given)}, given, user=user, now=now,
+        return self.run({"QUERY_STRING": urllib.parse.urlencode(given)}, user=user, now=now,
                         zone=zone, under=under)
 
-    def run(self, environment, parameters, body=b"", user="admin", now=NOW, zone="UTC", under=()):
-        """The same with any CGI environment; `parameters` are those that it stands for, None if
-        it is a request of another API."""
-        run = self.launch({"REMOTE_USER": user} | environment, now, zone, under, input=body)
+    def run(self, environment, body="", form="", is_described=True, user="admin", now=NOW,
+            zone="UTC", under=()):
+        """The same with any CGI environment and a body, of which the program reads `form`.
+        `is_described` is false for another API."""
+        run = self.launch({"REMOTE_USER": user} | environment, now, zone, under,
+                          input=body.encode())
         lines = run.stderr.decode().splitlines()
         log = [line.split("]: ", 1)[1] for line in lines if line.startswith(self.program.name)]
         assert run.returncode == 0, f"ends with {run.returncode}: {run.stderr.decode()}"
         assert len(log) == len(lines), run.stderr.decode()
         head, _, text = run.stdout.decode().partition("\r\n\r\n")
         headers = dict(line.split(": ", 1) for line in head.split("\r\n"))
-        return parse_answer(parameters, headers, text, log)
+        parameters = parameters_of(environment.get("QUERY_STRING", ""), form)
+        return parse_answer(parameters if is_described else None, headers, text, log)
 
     def launch(self, environment, now=NOW, zone="UTC", under=(), **options):
         """Runs the program to its end, whatever it answers."""
