@@ -75,7 +75,11 @@ def test_killed_at_every_call(faults, tmp_path):
 def test_killed_in_recovery(faults, tmp_path):
     """The request is killed when all is stored, and then the recovery at each of its calls."""
     faults.reset()
-    last = [call for call in faults.calls(tmp_path / "trace") if call[0] == "unlink"][-1]
+    commits = [call for call in faults.calls(tmp_path / "trace")
+               if call[0] == "unlink" and ".schedules.journal" + '"' in call[2]]
+    if not commits:  # a request that saves one file once needs no journal
+        return
+    last = commits[-1]
 
     def killed():
         faults.reset()
