@@ -15,7 +15,7 @@ def not_loaded(appliance, name, stored):
     return [f"cannot load {appliance.path(name)}: {reason}"]
 
 
-def not_saved(appliance, name, reason="Permission denied"):
+def not_saved(appliance, name, reason="Operation not permitted"):
     """The log of a store under unsaved()."""
     return [f"cannot save {appliance.path(name)}: {reason}"]
 
@@ -28,7 +28,7 @@ def not_told(appliance):
 def unsaved(appliance, name):
     """Fails every save of a file: its temporary file does not get its name."""
     path = appliance.path(name)
-    return failing("rename,renameat2", path, f"{path}.tmp", error="EACCES")
+    return failing("rename,renameat2", path, f"{path}.tmp", error="EPERM")
 
 
 def daemon_fails(appliance, after):
