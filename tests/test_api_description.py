@@ -7,13 +7,14 @@ from pathlib import Path
 
 import pytest
 from api_description import DOCUMENT, METHODS, codes, observe, parameters_of, schema_of
+from conftest import program_environment
 
 PAGE = (Path(__file__).parent.parent / "docs/api.md").read_text(encoding="utf-8")
 SECTIONS = dict(re.findall(r"^## (.*?)\n(.*?)(?=^## |\Z)", PAGE, re.DOTALL | re.MULTILINE))
 EXAMPLE = re.compile(r"^```sh\n(curl.*?)^```\n\n^```json\n(.*?)^```$", re.DOTALL | re.MULTILINE)
-# The page's examples were run at this moment. Instead of curl, a function prints what it is given.
-PRINT = ["faketime", "-f", "@2026-11-24 21:23:00", "bash", "-c",
-         'curl() { printf "%s\\0" "$@"; }; eval "$0"']
+NOW = "2026-11-24 21:23"  # when the page's examples were run
+# Instead of curl, a function prints what it is given.
+PRINT = ["bash", "-c", 'curl() { printf "%s\\0" "$@"; }; eval "$0"']
 
 
 def rows_of(text, heading=""):
@@ -81,7 +82,7 @@ def test_the_examples_of_the_description_are_those_of_the_page():
     shown = []
     for command, answer in EXAMPLE.findall(PAGE):
         words = subprocess.run([*PRINT, command], capture_output=True, check=True, text=True,
-                               env={"TZ": "UTC", "PATH": "/usr/bin:/bin"}).stdout
+                               env=program_environment(NOW, "UTC", syncs=True)).stdout
         sent = re.findall(r"(?:\A|[\0?&])(\w+)=((?:[^\0&]|& )*)", words)
         shown.append((dict(sent), json.loads(answer)))
     post = DOCUMENT["paths"]["/webapi/schedule_recording"]["post"]["requestBody"]["content"]

@@ -2,11 +2,12 @@
 import json
 import os
 import re
+import shlex
 import subprocess
 import sys
 
 import pytest
-from conftest import SOURCE, Appliance, WebServer
+from conftest import SOURCE, Appliance, WebServer, program_environment
 
 INTERPRETERS = {"bash": ["bash"], "python": [sys.executable],
                 "javascript": ["node", "--no-warnings", "--input-type=module"]}
@@ -43,11 +44,12 @@ def test_client_lists_creates_edits_handles_an_error_and_deletes(web_server, lan
 
 def test_clock_reading_names_the_exact_start_beyond_a_change_of_the_clocks(build, tmp_path):
     # The client is in New York and the appliance in Berlin; it is winter, and the start in summer.
+    berlin, new_york = (
+        ["env", *map("=".join, program_environment("2026-11-24 20:23", zone, True).items())]
+        for zone in ("Europe/Berlin", "America/New_York"))
     program = tmp_path / "schedule_recording"
-    program.write_text("#!/bin/sh\nexec env TZ=Europe/Berlin ASAN_OPTIONS=verify_asan_link_order=0 "
-                       f"faketime '2026-11-24 21:23' '{build.program}'\n")
+    program.write_text(f"#!/bin/sh\nexec {shlex.join(berlin)} '{build.program}'\n")
     program.chmod(0o700)
-    client = ["env", "TZ=America/New_York", "faketime", "2026-11-24 15:23", sys.executable]
     with WebServer(program, Appliance(build), tmp_path) as server:
-        printed = output_of(server, "api.md", "python", client)
+        printed = output_of(server, "api.md", "python", [*new_york, sys.executable])
     assert printed == block("api.md", "text")

@@ -72,8 +72,11 @@ def test_killed_at_every_call(faults, tmp_path):
 
 
 @pytest.mark.slow
+@pytest.mark.parametrize("faults", [name for name in CHANGING if "userdefine" in name],
+                         indirect=True)
 def test_killed_in_recovery(faults, tmp_path):
-    """The request is killed when all is stored, and then the recovery at each of its calls."""
+    """A request that changes several files is killed when all is stored, and then the recovery at
+    each of its calls. The other methods replace one file, which needs no recovery."""
     faults.reset()
     commits = [call for call in faults.calls(tmp_path / "trace")
                if call[0] == "unlink" and ".schedules.journal" + '"' in call[2]]
