@@ -69,6 +69,12 @@ else:
         """Every answer that any test gets passes here."""
 
 
+def parameters_of(query, form=""):
+    """What a query string and a form say; of a repeated parameter the first counts."""
+    pairs = urllib.parse.parse_qsl(f"{query}&{form}", keep_blank_values=True)
+    return {key: text.partition("\0")[0] for key, text in reversed(pairs)}
+
+
 def parse_answer(parameters, headers, body, log=()):
     """The only way from an answer's text to an Answer, over CGI and over HTTP. Without parameters
     it is not one of this API."""
@@ -156,14 +162,13 @@ class Appliance:
         nothing may have changed. `now` is a time in UTC, None for the real one; `under` is a
         command that runs the program.
         """
-        given = {key: str(value) for key, value in {"method": method, **parameters}.items()
+        given = {key: value for key, value in {"method": method, **parameters}.items()
                  if value is not None}
-        return self.run({"QUERY_STRING": urllib.parse.urlencode(given)}, given, user=user, now=now,
+        return self.run({"QUERY_STRING": urllib.parse.urlencode(given)}, user=user, now=now,
                         zone=zone, under=under)
 
-    def run(self, environment, parameters, body=b"", user="admin", now=NOW, zone="UTC", under=()):
-        """The same with any CGI environment; `parameters` are those that it stands for, None if
-        it is a request of another API."""
+    def run(self, environment, body=b"", user="admin", now=NOW, zone="UTC", under=()):
+        """The same with any CGI environment."""
         run = self.launch({"REMOTE_USER": user} | environment, now, zone, under, input=body)
         lines = run.stderr.decode().splitlines()
         log = [line.split("]: ", 1)[1] for line in lines if line.startswith(self.program.name)]
@@ -171,7 +176,10 @@ class Appliance:
         assert len(log) == len(lines), run.stderr.decode()
         head, _, text = run.stdout.decode().partition("\r\n\r\n")
         headers = dict(line.split(": ", 1) for line in head.split("\r\n"))
-        return parse_answer(parameters, headers, text, log)
+        is_this_api = self.program.name == "schedule_recording"
+        form = body.decode() if environment.get("REQUEST_METHOD") == "POST" else ""
+        asked = parameters_of(environment.get("QUERY_STRING", ""), form) if is_this_api else None
+        return parse_answer(asked, headers, text, log)
 
     def launch(self, environment, now=NOW, zone="UTC", under=(), **options):
         """Runs the program to its end, whatever it answers."""

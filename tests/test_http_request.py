@@ -12,7 +12,7 @@ CREATE = "method=create&tuner=0&id=7@474&start_time=1000"
 
 
 def ask(appliance, query, **options):
-    return appliance.run({"QUERY_STRING": query}, {"method": "list"}, **options)
+    return appliance.run({"QUERY_STRING": query}, **options)
 
 
 @pytest.mark.parametrize("query, answer", [
@@ -51,7 +51,7 @@ MIB = 1 << 20
     case("no post", "11", "method=list", {"REQUEST_METHOD": "GET"}, NOTHING)])
 def test_request_in_body(appliance, length, body, changes, answer):
     environment = {"REQUEST_METHOD": "POST", "CONTENT_TYPE": FORM, "CONTENT_LENGTH": length}
-    assert appliance.run(environment | changes, {"method": "list"}, body.encode()) == answer
+    assert appliance.run(environment | changes, body.encode()) == answer
 
 
 def test_answer_headers(appliance):
