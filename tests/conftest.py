@@ -63,6 +63,7 @@ class Stored:
 
 
 if importlib.util.find_spec("api_description"):
+    pytest_plugins = ["api_description"]
     from api_description import observe
 else:
     def observe(method, parameters, answer):

@@ -24,6 +24,7 @@ def test_delete_userdefine_bad_parameter(both, changes):
     assert delete(both, SHOW.start, **changes) == Answer(101)
 
 
+@pytest.mark.sloppy
 @pytest.mark.parametrize("starts, code, changes", [
     case("both kinds, one reload", (SHOW.start, WEEKLY.start), None, {
         "one_shot": [], "repeat": [], "user_defined": [ON_1], "commands": [STOP, "reload"]}),
@@ -62,6 +63,7 @@ def test_delete_userdefine_without_records(both, stored):
     both.expect_changes(commands=["reload"])
 
 
+@pytest.mark.sloppy
 def test_delete_userdefine_negative_tuner_keeps_record(both):
     both.store(user_defined=[SHOW.record(tuner=-1)])
     assert delete(both, SHOW.start, tuner=-1) == Answer(402)

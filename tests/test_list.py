@@ -15,6 +15,7 @@ BOTH = {"one_shot": ONE_SHOTS, "repeat": RULES}
 EQUAL = {"one_shot": titled(a=10, b=10, c=-5), "repeat": titled(d=10, e=10)}
 
 
+@pytest.mark.sloppy
 @pytest.mark.parametrize("files, parameters, code, titles, start, total", [
     case("no files", {}, {}, None, "", 0, 0),
     case("null", {"one_shot": "null", "repeat": "null"}, {}, None, "", 0, 0),
