@@ -12,7 +12,8 @@ foreach(library IN LISTS built_in_libraries)
   install(FILES /usr/share/doc/${library}/copyright OPTIONAL
     DESTINATION share/doc/${package_name} RENAME copyright.${library})
 endforeach()
-install(DIRECTORY docs/ DESTINATION share/doc/${package_name}/docs FILES_MATCHING PATTERN "*.md")
+install(DIRECTORY docs/ DESTINATION share/doc/${package_name}/docs FILES_MATCHING
+  PATTERN "*.md" PATTERN "*.yaml")
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME ${package_name})

@@ -2,7 +2,6 @@
 import dataclasses
 import fcntl
 import glob
-import importlib.util
 import json
 import os
 import re
@@ -16,6 +15,7 @@ from pathlib import Path
 import pytest
 from schedules import Schedule, epoch
 
+pytest_plugins = ["api_description"]
 SOURCE = Path(__file__).resolve().parent.parent
 NOW = "2025-07-01 12:00"  # a Tuesday
 [FAKETIME] = glob.glob("/usr/lib/*/faketime/libfaketime.so.1")
@@ -62,14 +62,6 @@ class Stored:
     commands: list | None = None
 
 
-if importlib.util.find_spec("api_description"):
-    pytest_plugins = ["api_description"]
-    from api_description import observe
-else:
-    def observe(method, parameters, answer):
-        """Every answer that any test gets passes here."""
-
-
 def parameters_of(query, form=""):
     """What a query string and a form say; of a repeated parameter the first counts."""
     pairs = urllib.parse.parse_qsl(f"{query}&{form}", keep_blank_values=True)
@@ -80,12 +72,13 @@ def parse_answer(parameters, headers, body, log=()):
     """The only way from an answer's text to an Answer, over CGI and over HTTP. Without parameters
     it is not one of this API."""
     assert body.endswith("\n") and body.count("\n") == 1 and body.isascii(), body
+    import api_description  # not before pytest has prepared its assertions
     document = json.loads(body)
     assert document["success"] == ("error" not in document), body
     code = document["error"]["code"] if "error" in document else None
     answer = Answer(code, document.get("data"), list(log), headers, document)
     if parameters is not None:
-        observe(parameters.get("method", ""), parameters, answer)
+        api_description.observe(parameters.get("method", ""), parameters, answer)
     return answer
 
 
