@@ -1,4 +1,4 @@
-/// @file Appliance trees from a fixed seed.
+/// @file Generating appliance trees from fixed random seeds.
 #include "bench/appliance_tree.h"
 
 #include "platform/appliance_paths.h"
@@ -19,7 +19,8 @@ constexpr int kFirstStart = 1'750'000'000;
 constexpr int kQuarterHour = 900;
 constexpr int kYearOfQuarterHours = 35'040;
 
-/// The start of the n-th one-shot record, here and where a user-defined record refers to it.
+/// Returns the start of the n-th one-shot record in epoch seconds. User-defined records use it to
+/// refer to that record.
 int StartOf(int n)
 {
     std::minstd_rand random(static_cast<unsigned>(n) + 1);

@@ -1,19 +1,19 @@
-/// @file Appliance trees of any size, the same for the same numbers.
+/// @file Generating appliance trees of any size, reproducibly.
 #pragma once
 
 #include <json/value.h>
 
-/// How many records a tree holds, all of tuner 0.
+/// The numbers of records in a tree. All records belong to tuner 0.
 struct TreeSize {
     int oneShot, repeat, userDefine;
 };
 
-/// Records as the recording service stores them, in no order, with texts of usual length. Half of
-/// the user-defined records belong to a one-shot record.
+/// Return `count` records as the recording service stores them, unsorted and with texts of typical
+/// length. Half of the user-defined records have the start of a one-shot record.
 Json::Value MakeOneShotRecords(int count);
 Json::Value MakeRepeatRecords(int count);
 Json::Value MakeUserDefineRecords(int count);
 
-/// Lays a tree under APPLIANCE_ROOT in the place of what was there: the records, an administrator
-/// "admin" and a folder for the daemon's commands.
+/// Replaces everything under APPLIANCE_ROOT by a new tree: the records, an administrator "admin"
+/// and a folder for the daemon's commands.
 void LayTree(TreeSize const& size);

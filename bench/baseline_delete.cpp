@@ -1,5 +1,6 @@
-/// @file The baseline below `delete_repeat`: reads the repeat file, leaves out the records of one
-/// start and saves it as durably, with jsoncpp and nothing else. The argument is that start.
+/// @file The baseline for `delete_repeat`. With jsoncpp alone it reads the repeat file, removes the
+/// records with one start and saves the file as durably as the program does. The argument is the
+/// start in epoch seconds.
 #include "bench/load_document.h"
 #include "platform/appliance_paths.h"
 #include "platform/record_members.h"
@@ -30,8 +31,8 @@ int main(int /*count*/, char** arguments)
     std::string const out = Json::writeString(builder, kept);
     std::string const temporary = path + ".tmp";
     int const fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    bool const saved = ::write(fd, out.data(), out.size()) > 0 && ::fsync(fd) == 0 &&
-                       std::rename(temporary.c_str(), path.c_str()) == 0;
+    bool const isSaved = ::write(fd, out.data(), out.size()) > 0 && ::fsync(fd) == 0 &&
+                         std::rename(temporary.c_str(), path.c_str()) == 0;
     int const folder = ::open(path.substr(0, path.rfind('/')).c_str(), O_RDONLY);
-    return saved && ::fsync(folder) == 0 ? 0 : 1;
+    return isSaved && ::fsync(folder) == 0 ? 0 : 1;
 }

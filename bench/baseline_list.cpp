@@ -1,6 +1,6 @@
-/// @file The baseline below `list`: reads the same three files and writes an answer of the same
-/// members and size with jsoncpp, and does nothing else: no sort, no look-up, no check, no
-/// calendar.
+/// @file The baseline for `list`. With jsoncpp alone it reads the same three files and writes an
+/// answer with the same members and of the same size. It does not sort, look up or check anything,
+/// and computes no dates.
 #include "bench/load_document.h"
 #include "platform/appliance_paths.h"
 #include "platform/record_members.h"

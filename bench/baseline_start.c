@@ -1,4 +1,4 @@
-/* What no program on this design can beat: a static program that starts and answers. */
+/* The baseline for starting a CGI program: a static program that only prints an answer. */
 #include <stdio.h>
 
 int main(void)

@@ -1,4 +1,4 @@
-/// @file How a baseline reads a document: the whole file at once, then jsoncpp's reader.
+/// @file Loading a document in a baseline: reads the whole file at once and parses it with jsoncpp.
 #pragma once
 
 #include <json/reader.h>
@@ -8,12 +8,12 @@
 #include <memory>
 #include <string>
 
-/// The document in a file; null if there is none.
+/// Returns the document in a file; null if the file is missing or malformed.
 inline Json::Value LoadDocument(std::string const& path)
 {
     std::string text;
     std::ifstream file(path);
-    std::getline(file, text, '\0'); // one call of the library for the whole file
+    std::getline(file, text, '\0'); // reads the whole file with one library call
     Json::CharReaderBuilder builder;
     builder["collectComments"] = false;
     std::unique_ptr<Json::CharReader> const reader(builder.newCharReader());

@@ -1,4 +1,4 @@
-/// @file The stages of a request by themselves.
+/// @file Micro-benchmarks of single stages of a request.
 #include "bench/appliance_tree.h"
 #include "frame/schedule_recording_api.h"
 #include "platform/record_members.h"
@@ -18,7 +18,7 @@ int Range(benchmark::State const& state)
     return static_cast<int>(state.range(0));
 }
 
-/// Listed one-shot schedules, as the recording service answers them.
+/// Returns a view of one-shot schedules as the recording service lists them.
 Json::Value Listed(int count)
 {
     Json::Value view;
@@ -71,7 +71,7 @@ void BM_TaskIsOverLap(benchmark::State& state)
     state.SetComplexityN(state.range(0));
 }
 
-/// Reads its request, asks for one parameter and answers nothing.
+/// Reads its request, looks up one parameter and records no response.
 class Reader : public KALD::WebAPI {
 public:
     Reader() : WebAPI("", "") {}
@@ -86,7 +86,7 @@ void BM_ReadParameters(benchmark::State& state)
         query += "&parameter" + std::to_string(i) + "=value%20" + std::to_string(i);
     }
     ::setenv("QUERY_STRING", query.c_str(), 1);
-    int const output = ::dup(STDOUT_FILENO); // the answers must not stand between the figures
+    int const output = ::dup(STDOUT_FILENO); // keeps the answers out of the printed results
     int const nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
     ::dup2(nowhere, STDOUT_FILENO);
     for (auto _ : state) {

@@ -1,6 +1,7 @@
-/// @file Whole requests against the baselines below them: processes run in turn, ratios of medians.
+/// @file Comparing whole requests with their baselines.
 ///
-/// A goal that is missed by more than a tenth fails the run.
+/// Runs the processes of both alternately and prints the ratio of their median costs. Fails if a
+/// ratio exceeds its goal by more than a tenth.
 #include "bench/appliance_tree.h"
 #include "platform/appliance_paths.h"
 #include "platform/record_members.h"
@@ -24,15 +25,16 @@ namespace {
 
 using namespace appliance;
 
-/// What one process has cost.
+/// The cost of one process.
 struct Cost {
     double wall, user; ///< seconds
     double memory;     ///< peak, KiB
 };
 
-/// The directory of this program, in which the others are built too.
-std::string g_folder;
+/// The folder of this program and of the baselines.
+std::string programFolder;
 
+/// Runs a command with its output discarded and returns its cost. Throws if it fails.
 Cost RunOnce(std::vector<std::string> command)
 {
     std::vector<char*> arguments;
@@ -71,41 +73,44 @@ double Median(std::vector<Cost> const& costs, double Cost::*which)
     return values[values.size() / 2];
 }
 
-/// Many runs of two commands, each after its own preparation, in turn.
+/// The costs of alternating runs of two commands.
 struct Comparison {
     std::vector<Cost> program, baseline;
 };
 
 using Prepare = std::function<void()>;
 
+/// Runs two commands alternately, `runs` times each. Calls each command's preparation before each
+/// of its runs, outside the measurement.
 Comparison Compare(int runs, std::vector<std::string> const& program, Prepare const& beforeProgram,
                    std::vector<std::string> const& baseline, Prepare const& beforeBaseline)
 {
     Comparison result;
-    for (int run = -runs / 10 - 1; run < runs; ++run) { // the first ones warm the caches
+    for (int run = -runs / 10 - 1; run < runs; ++run) { // negative runs warm the caches
         beforeProgram();
-        Cost const program_ = RunOnce(program);
+        Cost const programCost = RunOnce(program);
         beforeBaseline();
-        Cost const baseline_ = RunOnce(baseline);
+        Cost const baselineCost = RunOnce(baseline);
         if (run >= 0) {
-            result.program.push_back(program_);
-            result.baseline.push_back(baseline_);
+            result.program.push_back(programCost);
+            result.baseline.push_back(baselineCost);
         }
     }
     return result;
 }
 
-bool g_allMet = true;
+bool allGoalsMet = true;
 
-/// Prints a row of the table; `scale` and `unit` are those of both figures.
+/// Prints a row of the table. Multiplies both costs by `scale`, which converts them to `unit`.
 void Report(char const* work, double program, double baseline, double scale, char const* unit,
             double goal)
 {
     double const ratio = program / baseline;
-    bool const met = ratio <= goal;
-    g_allMet = g_allMet && ratio <= goal * 1.1;
+    bool const isMet = ratio <= goal;
+    allGoalsMet = allGoalsMet && ratio <= goal * 1.1;
     std::printf("| %-46s | %9.2f %-3s | %9.2f %-3s | %5.2f | %4.1f | %-6s |\n", work,
-                program * scale, unit, baseline * scale, unit, ratio, goal, met ? "met" : "MISSED");
+                program * scale, unit, baseline * scale, unit, ratio, goal,
+                isMet ? "met" : "MISSED");
     std::fflush(stdout);
 }
 
@@ -124,11 +129,13 @@ void SetRequest(std::string const& query)
     ::setenv("QUERY_STRING", query.c_str(), 1);
 }
 
+/// Returns the path of a program of the build, relative to the folder of this one.
 std::string Built(char const* name)
 {
-    return g_folder + "/" + name;
+    return programFolder + "/" + name;
 }
 
+/// Returns the median user CPU time of `list` in seconds.
 double ListUserTime(TreeSize const& size, int runs)
 {
     LayTree(size);
@@ -169,7 +176,7 @@ void BenchDeleteRepeat()
     ReportWork("delete_repeat, one of 10,000, user CPU", costs, &Cost::user, 1e3, "ms", 1.2);
 }
 
-/// The growth of `list` over two orders of magnitude.
+/// Prints how the cost of `list` grows over two orders of magnitude.
 void PrintGrowth()
 {
     SetRequest("method=list");
@@ -183,12 +190,13 @@ void PrintGrowth()
 
 } // namespace
 
-/// Without arguments compares; with "tree" and three counts lays a tree; with "growth" prints how
-/// the cost of a list grows.
+/// Without arguments, compares requests with their baselines. With "tree" and the numbers of
+/// one-shot, repeat and user-defined records, generates an appliance tree. With "growth", prints
+/// how the cost of `list` grows.
 int main(int count, char** arguments)
 {
     std::string const what = count > 1 ? arguments[1] : "";
-    g_folder = std::string(arguments[0]).substr(0, std::string(arguments[0]).rfind('/'));
+    programFolder = std::string(arguments[0]).substr(0, std::string(arguments[0]).rfind('/'));
     if (what == "tree" && count == 5) {
         LayTree({std::atoi(arguments[2]), std::atoi(arguments[3]), std::atoi(arguments[4])});
         return 0;
@@ -201,5 +209,5 @@ int main(int count, char** arguments)
                 "program", "baseline", "ratio", "goal", "");
     BenchList();
     BenchDeleteRepeat();
-    return g_allMet ? 0 : 1;
+    return allGoalsMet ? 0 : 1;
 }

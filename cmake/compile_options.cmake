@@ -1,5 +1,8 @@
-# Warnings, hardening and sanitizers, for every target.
+# Sets warnings, hardening and sanitizers for every target.
 add_compile_options(-Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+
+# A 32-bit glibc has a 32-bit time_t and cannot stat a large inode number without these.
+add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
 
 if(FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link)

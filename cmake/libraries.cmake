@@ -1,9 +1,9 @@
-# The libraries below the stand-in: jsoncpp for documents, RapidJSON (headers alone) to read them,
-# uriparser for query strings.
+# Finds the libraries: jsoncpp for JSON documents and, for the stand-in, RapidJSON (header-only) to
+# parse them and uriparser for query strings.
 find_path(RAPIDJSON_HEADERS rapidjson/reader.h REQUIRED)
-option(STATIC_PROGRAM "Link the program statically, if build/static has the libraries for it" OFF)
+option(STATIC_PROGRAM "Link the program statically if STATIC_LIBRARIES has the libraries" OFF)
 set(STATIC_LIBRARIES "${PROJECT_SOURCE_DIR}/build/static" CACHE PATH
-  "Where script/bootstrap --static has put jsoncpp and uriparser")
+  "Folder in which script/bootstrap --static installed jsoncpp and uriparser")
 
 function(use_static_library name archive)
   add_library(${name} STATIC IMPORTED)
@@ -14,16 +14,16 @@ endfunction()
 
 if(STATIC_PROGRAM AND NOT (EXISTS "${STATIC_LIBRARIES}/lib/libjsoncpp.a"
                            AND EXISTS "${STATIC_LIBRARIES}/lib/liburiparser.a"))
-  message(WARNING "No static libraries in '${STATIC_LIBRARIES}': the program is linked dynamically "
-    "and starts slower. script/bootstrap --static builds them.")
+  message(WARNING "No static libraries in '${STATIC_LIBRARIES}'. The program is linked dynamically "
+    "and starts more slowly. Run script/bootstrap --static to build them.")
   set(STATIC_PROGRAM OFF)
 endif()
 
 if(STATIC_PROGRAM)
   use_static_library(jsoncpp_library libjsoncpp.a)
   use_static_library(uriparser_library liburiparser.a)
-  # A smaller program starts sooner: packed relocations are an eighth fewer instructions before main,
-  # and without the sections that nothing uses a fifth less is mapped.
+  # A smaller program starts faster. Packed relocations save an eighth of the instructions before
+  # main(). Removing unused sections saves a fifth of the mapped memory.
   set(program_link_options -static-pie "-Wl,-z,pack-relative-relocs" "-Wl,--gc-sections")
 else()
   set(program_link_options -pie)

@@ -1,4 +1,4 @@
-/// @file The CGI program: one request, then the end.
+/// @file The CGI program. It answers one request and exits.
 #include "frame/schedule_recording_api.h"
 
 int main()

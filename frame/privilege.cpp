@@ -1,4 +1,4 @@
-/// @file The privilege file, read and written as a stream.
+/// @file Loading, querying and saving the privilege file.
 #include "frame/privilege.h"
 
 #include "platform/appliance_paths.h"
@@ -15,18 +15,19 @@
 
 namespace {
 
+// The source name and the line numbers by which the log identifies messages.
 constexpr char kSourceName[] = "privilege";
 constexpr int kAccessLine = 61;
 constexpr int kParseLine = 70;
 
-/// The member of an object, or null: also of a document that is no object.
+/// Returns a member of an object; null if it is absent or the document is no object.
 Json::Value const& MemberOf(Json::Value const& document, std::string const& key)
 {
     return document.isObject() ? document[key] : Json::Value::nullSingleton();
 }
 
-/// Whether a file may be read; false with errno set. Anything but a regular file is refused:
-/// opening a FIFO waits for its other end, and a device need not have an end.
+/// Returns whether a file is regular and readable; sets errno if not. Other kinds of file are
+/// refused: opening a FIFO would block, and reading a device might never end.
 bool IsAccessible(char const* path)
 {
     struct stat info {};
@@ -37,16 +38,16 @@ bool IsAccessible(char const* path)
     return S_ISREG(info.st_mode);
 }
 
-/// Logs errno as the reason.
+/// Logs that the file cannot be accessed, with errno as the reason.
 void LogAccessFailure(char const* path)
 {
 #pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat" // %m is not ISO C++, but every syslog() has it
+#pragma GCC diagnostic ignored "-Wformat" // %m is not ISO C++, but every syslog() supports it
     ::syslog(LOG_ERR, "%s:%d failed to access config file [%s] %m", kSourceName, kAccessLine, path);
 #pragma GCC diagnostic pop
 }
 
-/// Makes an object of a value that is none.
+/// Returns `value`, replaced by an empty object if it is no object.
 Json::Value& ObjectAt(Json::Value& value)
 {
     if (!value.isObject()) {
@@ -55,15 +56,15 @@ Json::Value& ObjectAt(Json::Value& value)
     return value;
 }
 
-/// Parses a whole stream; false if it is not JSON. Depth, and a file that opens but cannot be read,
-/// such as a folder, make the libraries throw.
+/// Parses a whole stream. Returns false if it is not JSON. The JSON library throws if the nesting
+/// is too deep; the stream throws if the file cannot be read although it opens.
 bool Parse(std::istream& stream, Json::Value& document)
 {
     constexpr bool kCollectComments = true;
     try {
         return Json::Reader().parse(stream, document, kCollectComments);
     } catch (std::exception const&) {
-        document = Json::Value(Json::objectValue); // nothing granted by half a document
+        document = Json::Value(Json::objectValue); // half a document must not grant anything
         return false;
     }
 }

@@ -1,13 +1,13 @@
-/// @file The package's privileges of users who are no administrators.
+/// @file The privileges that the package grants to users other than administrators.
 #pragma once
 
 #include <json/value.h>
 
 #include <string>
 
-/// The file of privileges: an object with a member for each uid, itself an object with a boolean
-/// for each privilege. What is not the boolean true is not granted. The file is read when first
-/// asked and written, if a privilege was set, when the object goes.
+/// The privilege file: a JSON object with a member for each uid, which is an object with a boolean
+/// for each privilege. Only the boolean true grants a privilege. The file is loaded on first use.
+/// If a privilege was set, the destructor saves it.
 class PrivilegeFile {
 public:
     PrivilegeFile() = default;
@@ -15,10 +15,10 @@ public:
     PrivilegeFile(PrivilegeFile const&) = delete;
     PrivilegeFile& operator=(PrivilegeFile const&) = delete;
 
-    /// Whether the file grants the privilege `key` to the user of that uid.
+    /// Returns whether the file grants the privilege `key` to the user with that uid.
     bool GetPrivilege(unsigned int uid, std::string const& key);
 
-    /// Grants or takes away one privilege.
+    /// Grants or revokes a privilege.
     void SetPrivilege(unsigned int uid, std::string const& key, bool value);
 
 private:
@@ -27,6 +27,6 @@ private:
     static std::string UidKey(unsigned int uid);
 
     bool m_dirty = false;
-    bool m_loaded = false; ///< a load was tried, with whatever result
+    bool m_loaded = false; ///< a load was attempted, successfully or not
     Json::Value m_document{Json::objectValue};
 };

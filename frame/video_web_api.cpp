@@ -1,4 +1,4 @@
-/// @file The authorisation gate and the privilege questions.
+/// @file Authorising requests and checking the login user's privileges.
 #include "frame/video_web_api.h"
 
 #include "frame/privilege.h"
@@ -11,7 +11,7 @@ namespace Tremolane {
 
 namespace {
 
-/// The host's answers that have an error code of their own.
+/// The results of the framework's CheckAuthorized() that have their own error code.
 constexpr int kHostNoLogin = -1;
 constexpr int kHostLocked = -3;
 
@@ -95,7 +95,7 @@ bool VideoWebAPI::HasPrivilege(char const* key)
     }
     unsigned int uid = 0;
     PrivilegeFile privileges;
-    GetLoginUid(&uid); // of a user who cannot be found, the entry of uid 0 decides
+    GetLoginUid(&uid); // an unknown user gets the privileges of uid 0
     return privileges.GetPrivilege(uid, key);
 }
 

@@ -1,4 +1,4 @@
-/// @file The base of the package's Web API classes: who may pass, and what a login user may do.
+/// @file The base of the package's Web API classes: authorisation and the login user's privileges.
 #pragma once
 
 #include "kald/web_api.h"
@@ -12,48 +12,52 @@ public:
     VideoWebAPI();
     ~VideoWebAPI() override;
 
-    /// 1 if the request may go on: its login is good, or it came through a valid shared link. Else
-    /// 0, with kErrorNoPrivilege, kErrorNoLogin or kErrorLocked set.
+    /// Returns 1 if the request is authorised: by its login or by a valid shared link. Otherwise
+    /// returns 0 and sets kErrorNoPrivilege, kErrorNoLogin or kErrorLocked.
     int CheckAuthorized() override;
 
-    /// Whether this API serves shared links; a class that does overrides it.
+    /// Returns whether this API serves shared links: false unless a derived class overrides it.
     virtual bool SupportsSharing();
 
-    /// Whether a link of that id, never empty, is good; asked only of a class that serves them.
+    /// Returns whether the shared link `id`, which is never empty, is valid. Called only if the
+    /// class serves shared links.
     virtual bool IsSharingIdValid(std::string const& id);
 
 protected:
-    /// The sharing decision, made at most once for an object.
+    /// Returns whether the request came through a valid shared link. Decides once and caches the
+    /// result in the object.
     bool CheckSharing();
 
-    /// Judges the request's `sharing_id`.
+    /// Returns whether the request has a valid `sharing_id`.
     bool CheckSharingId();
 
-    /// Writes a bare CGI answer (RFC 3875) of status 404 to standard output.
+    /// Writes a CGI answer (RFC 3875) with status 404 and no body to standard output.
     void SendNotFoundPage();
 
-    /// Whether the login user may use the schedule methods, shared links or renderers: an
-    /// administrator always, anybody else by the package's privilege file.
+    /// Returns whether the login user may use the schedule methods, shared links or renderers.
+    /// Administrators always may. The package's privilege file decides for all other users.
     bool IsAllowDtv();
     bool IsAllowSharing();
     bool IsAllowRenderer();
 
-    /// The uid of the login user. False, kErrorFailed set and `*uid` untouched without such a user.
+    /// Stores the uid of the login user in `*uid`. If there is no such user, returns false, sets
+    /// kErrorFailed and leaves `*uid` untouched.
     bool GetLoginUid(unsigned int* uid);
 
-    /// The path that leads to the Web API, without "/webapi" and what follows.
+    /// Returns the path in front of the Web API: the request's path up to "/webapi".
     static std::string GetBasePath();
 
-    /// The URL of the request's own location as the client sees it; empty without a Host header.
+    /// Returns the URL of the base path as the client sees it; empty without a Host header.
     static std::string GetRequestUrl();
 
-    /// The same location's URL for a client outside.
+    /// Returns the URL of the base path for a client outside the local network.
     static std::string GetExternalUrl();
 
-    /// A request parameter as a decimal number in its normal form; empty if it is absent.
+    /// Returns a request parameter as a normalised decimal number, which is 0 if its text does not
+    /// start with one. Returns empty text if the parameter is absent.
     std::string GetIntParamText(std::string const& name);
 
-    /// What CheckSharing() found.
+    /// The cached result of CheckSharing().
     enum SharingState : int { kSharingUnknown = 0, kSharingAllowed = 1, kSharingRefused = 2 };
     int m_sharingState = kSharingUnknown;
 

@@ -1,5 +1,5 @@
-/// @file The URLs and the number texts that the package's other API classes ask for. They stand
-/// apart so that a program which asks for none carries nothing of what finds the address.
+/// @file URLs and number texts for the package's other API classes. They are in a file of their own
+/// so that a program that does not use them is linked without the network code.
 #include "frame/video_web_api.h"
 
 #include "network/request_url.h"
@@ -26,7 +26,7 @@ std::string VideoWebAPI::GetExternalUrl()
 std::string VideoWebAPI::GetIntParamText(std::string const& name)
 {
     char const* const text = m_request.In(name.c_str(), nullptr);
-    return text != nullptr ? std::to_string(std::strtol(text, nullptr, 10)) : "";
+    return text != nullptr ? std::to_string(std::strtoll(text, nullptr, 10)) : "";
 }
 
 } // namespace Tremolane

@@ -1,12 +1,12 @@
-/// @file The Web API error codes that this endpoint sets itself. The recording service's own codes
-/// come beside them, through MappErrorCode.
+/// @file The Web API error codes that this endpoint sets itself. The codes of the recording service
+/// come from MappErrorCode().
 #pragma once
 
-/// A store, file, user or daemon operation failed and no finer code exists. Try again later; the
-/// system log tells more.
+/// A store, file, user or daemon operation failed, and there is no more specific code. Try again
+/// later. The system log has the details.
 inline constexpr int kErrorFailed = 100;
-/// A parameter is missing, empty, not parsable, out of range or inconsistent, or names nothing that
-/// is stored. Correct the request.
+/// A parameter is missing, empty, malformed, out of range or inconsistent, or refers to something
+/// that is not stored. Correct the request.
 inline constexpr int kErrorBadParameter = 101;
 /// The login user lacks the privilege. An administrator can grant it.
 inline constexpr int kErrorNoPrivilege = 105;

@@ -1,4 +1,4 @@
-/// @file Network locations, and the order of their sources.
+/// @file Parsing network locations, and choosing the external host and port.
 #include "network/host_port.h"
 
 #include "kald/libc.h"
@@ -19,14 +19,14 @@ namespace {
 
 using appliance::Environment;
 
-/// The longest host, and the longest port, that is kept.
+/// The greatest length of a host and of a port; the rest is cut off.
 constexpr std::size_t kMaxPart = 4095;
 
-/// Room for a setting, its NUL included.
+/// Buffer sizes for the values of settings, including the NUL.
 constexpr std::size_t kPortSize = 16;
 constexpr std::size_t kHostSize = 4096;
 
-/// Where the host of a network location ends.
+/// Returns the position at which the host of a network location ends.
 std::size_t EndOfHost(std::string_view text)
 {
     if (!text.starts_with('[')) {
@@ -46,7 +46,8 @@ void KeepFirstLabel(std::string& name)
     name.erase(std::min(name.find('.'), name.size()));
 }
 
-/// A value of the appliance's settings, cut to `size` with its NUL; empty if there is none.
+/// Returns a value of the appliance's settings, cut to `size` - 1 characters. Returns empty text if
+/// the key is missing.
 std::string ReadSetting(char const* key, std::size_t size)
 {
     std::string buffer(size, '\0');
@@ -65,7 +66,7 @@ HostAndPort SplitHostPort(char const* text)
     std::string_view rest = text;
     std::size_t const end = EndOfHost(rest);
     parts.host = rest.substr(0, std::min(end, kMaxPart));
-    rest.remove_prefix(end); // a cut host leaves the port where it is
+    rest.remove_prefix(end); // the port follows the uncut host
     if (rest.starts_with(':')) {
         rest.remove_prefix(1);
         parts.port = rest.substr(0, std::min(rest.find('/'), kMaxPart));

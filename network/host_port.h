@@ -1,42 +1,45 @@
-/// @file The host and the port under which a client outside reaches the appliance.
+/// @file The host and the port at which a client outside the local network reaches the appliance.
 ///
-/// A request that came in through the relay service keeps the address it came by; any other gets
-/// the configured one. Nothing here fails: a source that gives nothing yields to the next.
+/// A request that came through the relay service keeps the address that it used. Any other request
+/// gets the configured address. The functions never fail: if a source has no value, the next one is
+/// tried.
 #pragma once
 
 #include <string>
 
 namespace Tremolane::network_utils {
 
-/// The domain of all names under the relay service. RFC 2606 keeps it from being anybody's.
+/// The domain of all relay names. RFC 2606 reserves it, so it belongs to nobody.
 inline constexpr char kRelayDomain[] = "tvr.example.com";
-static_assert(sizeof kRelayDomain - 1 == 15, "a relay domain has 15 characters");
+static_assert(sizeof kRelayDomain - 1 == 15, "the relay domain must have 15 characters");
 
 /// The two parts of a network location.
 struct HostAndPort {
-    std::string host; ///< an IPv6 literal keeps its square brackets (RFC 3986)
-    std::string port; ///< not tested for being a number
+    std::string host; ///< an IPv6 address keeps its square brackets (RFC 3986)
+    std::string port; ///< may be no number
 };
 
-/// Splits `host`, optional `:port`, optional `/path`, and drops the path; null counts as empty.
-/// Each part is cut to 4095 characters.
+/// Splits `host[:port][/path]` and drops the path. Null is treated as empty text. Each part is cut
+/// to 4095 characters.
 HostAndPort SplitHostPort(char const* text);
 
-/// Whether `host` is this appliance's name under the relay service: the relay domain stands
-/// somewhere in it, and its first label is that of the relay name, case counted. Runs the relay
-/// query of the process whatever `host` holds.
+/// Returns whether `host` is this appliance's name at the relay service: it contains the relay
+/// domain, and its first label equals that of the relay name, case-sensitively. Always calls
+/// GetRelayName(), whatever `host` holds.
 bool IsRelayHost(std::string host);
 
-/// Whether the request came over TLS: HTTPS is "on" in any case of letters.
+/// Returns whether the request came over TLS: whether HTTPS is "on", case-insensitively.
 bool IsHttps();
 
-/// The port of the request on a relay host, also if it has none; else the first that is not empty
-/// of the configured port, the web server's own and the request's.
+/// Returns the external port. For a request to the relay host it is the port of the request, even
+/// if that is empty. Otherwise it is the first of these that is not empty: the configured port, the
+/// web server's port, the port of the request.
 std::string GetExternalPort();
 
-/// The host of the request if it is a relay host; else the first to be had of the configured host,
-/// the dynamic-DNS host name, the relay name and the request's host. A name that a tool gave can
-/// end in a line end.
+/// Returns the external host. For a request to the relay host it is the host of the request.
+/// Otherwise it is the first of these that is available: the configured host, the dynamic-DNS host
+/// name, the relay name, the host of the request. A name that a tool printed can end with a line
+/// break.
 std::string GetExternalHost();
 
 } // namespace Tremolane::network_utils

@@ -1,9 +1,10 @@
-/// @file The questions to the appliance's tools and Web APIs.
+/// @file Queries to the appliance's tools and Web APIs for its external names.
 #include "network/probes.h"
 
 #include "kald/api_runner.h"
 #include "kald/libc.h"
 #include "network/run_as_guard.h"
+#include "platform/records.h"
 
 #include <json/value.h>
 
@@ -19,12 +20,13 @@ namespace {
 constexpr char kDdnsTool[] = "/usr/kald/sbin/kaldddnsinfo";
 constexpr char kRelayTool[] = "/usr/kald/sbin/kaldrelayd";
 
-// The guarded blocks, as the log names them.
+// The line numbers by which the log identifies the guarded blocks.
 constexpr int kDdnsLine = 95;
 constexpr int kRelayLine = 185;
 
-// A query that failed is remembered too: it is not cheap, and would fail again.
-// NOLINTBEGIN(readability-identifier-naming): the prefix says that they live as long as the process
+// The result of the relay query. A failure is cached too: the query is expensive and would fail
+// again.
+// NOLINTBEGIN(readability-identifier-naming): the prefix marks variables of the whole process
 std::string s_relayName;
 bool s_relayAsked = false;
 bool s_relayFound = false;
@@ -34,7 +36,8 @@ struct ClosePipe {
     void operator()(FILE* stream) const { KDLIBCPclose(stream); }
 };
 
-/// The first line that a tool prints, with its line end, cut to what the buffer holds.
+/// Runs a tool with one argument. Returns the first line of its output, including the line break
+/// and cut to 1023 characters. Returns none if it prints nothing or cannot be started.
 std::optional<std::string> FirstLineOf(char const* tool, char const* argument)
 {
     char line[1024] = {};
@@ -45,7 +48,8 @@ std::optional<std::string> FirstLineOf(char const* tool, char const* argument)
     return line;
 }
 
-/// The object `data` in the answer of a Web API's method "get"; null if it gives none.
+/// Calls the method "get" of a Web API. Returns the object `data` of its answer, or null if there
+/// is none.
 Json::Value DataOf(char const* api, int version)
 {
     Json::Value answer;
@@ -56,12 +60,9 @@ Json::Value DataOf(char const* api, int version)
     return std::move(answer["data"]);
 }
 
-/// Whether the member `enabled` of an object, or of null, reads true. Text, arrays and objects have
-/// no such reading.
 bool IsEnabled(Json::Value const& object)
 {
-    Json::Value const& enabled = object["enabled"];
-    return enabled.isConvertibleTo(Json::booleanValue) && enabled.asBool();
+    return appliance::FlagOf(object, Json::StaticString("enabled"));
 }
 
 } // namespace
@@ -105,7 +106,7 @@ bool IsRelayPortalEnabled()
         return false;
     }
     for (Json::Value const& service : services) {
-        if (service.isObject() && IsEnabled(service) && service["id"] == "zem_portal") {
+        if (IsEnabled(service) && service["id"] == "zem_portal") {
             return true;
         }
     }

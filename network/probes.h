@@ -1,36 +1,38 @@
-/// @file What the appliance knows of its names outside: its dynamic-DNS host name, and the name
-/// under which the relay service, its remote-connection service, reaches it.
+/// @file Queries for the appliance's external names: its dynamic-DNS host name, and its name at the
+/// relay service, which forwards remote connections to it.
 ///
-/// A probe that finds nothing logs nothing and returns false. Tools and Web APIs need root; the two
-/// operations that see to it are GetDdnsHostName() and GetRelayName().
+/// A query that finds nothing returns false and logs nothing. The tools and Web APIs need root.
+/// Only GetDdnsHostName() and GetRelayName() become root; the other functions run as the caller.
 #pragma once
 
 #include <string>
 
 namespace Tremolane::network_utils {
 
-/// Asks the dynamic-DNS tool. The name ends at the first blank of the tool's first line; in a line
-/// without one it keeps the line end. `host` is untouched if the tool prints nothing.
+/// Reads the host name from the dynamic-DNS tool. The name is the first line of output up to the
+/// first space. A line without a space is used whole, including its line break. If the tool prints
+/// nothing, leaves `host` untouched and returns false.
 bool ReadDdnsHostName(std::string& host);
 
-/// The same as root.
+/// Calls ReadDdnsHostName() as root.
 bool GetDdnsHostName(std::string& host);
 
-/// Asks the relay tool. The name is its first line as it stands, line end included; `name` is
-/// untouched if the tool prints nothing.
+/// Reads the relay name from the relay tool. The name is the first line of output, including its
+/// line break. If the tool prints nothing, leaves `name` untouched and returns false.
 bool ReadRelayName(std::string& name);
 
-/// Whether the relay service is switched on.
+/// Returns whether the relay service is switched on.
 bool IsRelayEnabled();
 
-/// Whether the relay service may lead to this package's portal.
+/// Returns whether the relay service may forward to this package's portal.
 bool IsRelayPortalEnabled();
 
-/// The relay name, if the service is on and may lead here; the tool runs in no other case.
+/// Reads the relay name if the service is switched on and may forward to this package. Otherwise
+/// returns false without running the tool.
 bool QueryRelayName(std::string& name);
 
-/// The same as root, and once in a process: what was found then, or not found, is the answer ever
-/// after. `name` is emptied if there is none.
+/// Calls QueryRelayName() as root on the first call in a process. Later calls return the cached
+/// result, including a failure. Empties `name` if there is no relay name.
 bool GetRelayName(std::string& name);
 
 } // namespace Tremolane::network_utils

@@ -1,4 +1,4 @@
-/// @file URLs put together from host, port and path.
+/// @file Building URLs from host, port and path.
 #include "network/request_url.h"
 
 #include "network/host_port.h"
@@ -12,7 +12,8 @@ namespace {
 
 using appliance::Environment;
 
-/// Drops the line end that a name from the relay tool has, which no URL may hold (RFC 3986).
+/// Removes the line break at the end of a name from the relay tool. RFC 3986 does not allow one in
+/// a URL.
 void TrimLineEnd(std::string& host)
 {
     host.erase(host.find_last_not_of("\r\n") + 1);

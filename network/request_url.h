@@ -1,20 +1,20 @@
-/// @file URLs of the Web API's own location, from the environment of the request.
+/// @file URLs of the Web API itself, derived from the environment of the request.
 #pragma once
 
 #include <string>
 
 namespace Tremolane::network_utils {
 
-/// The path that leads to the Web API: REQUEST_URI up to its first "/webapi", or all of it, query
-/// string included, if it has none.
+/// Returns the path in front of the Web API: REQUEST_URI up to its first "/webapi". Returns all of
+/// REQUEST_URI, including the query string, if it does not contain "/webapi".
 std::string GetBasePath();
 
-/// The location's URL as the client sees it; empty without HTTP_HOST. Secure under the relay
-/// domain, and wherever HTTPS is set to anything, "off" too.
+/// Returns the URL of the base path as the client sees it; empty without HTTP_HOST. The scheme is
+/// https if the host ends with the relay domain or if HTTPS is set, even to "off".
 std::string GetRequestUrl();
 
-/// The location's URL for a client outside. Behind the relay service it is always secure, has no
-/// port, and leads through "/direct".
+/// Returns the URL of the base path for a client outside the local network. Behind the relay
+/// service the scheme is always https, there is no port, and the path starts with "/direct".
 std::string GetExternalUrl();
 
 } // namespace Tremolane::network_utils

@@ -1,4 +1,4 @@
-/// @file The change of the effective ids to root's, and back.
+/// @file Switching the effective ids to root and back.
 #include "network/run_as_guard.h"
 
 #include <syslog.h>
@@ -10,11 +10,11 @@ namespace {
 
 constexpr std::uint32_t kRoot = 0;
 
-/// All ones: the calls below leave such an id as it is, so it can be no id to go back to.
+/// All ones: setresuid() and setresgid() leave such an id unchanged, so it cannot be restored.
 constexpr std::uint32_t kNoId = ~std::uint32_t{0};
 
-/// The uid comes first, because only root may choose its group. It is asked for once more at the
-/// end, where an answer other than 0 tells that the change of the group has cost it.
+/// Switches the uid first, because only root may switch to any group. Sets the uid again at the
+/// end; that fails if the process lost the right to it when it switched the group.
 bool BecomeRoot()
 {
     uid_t const uid = ::geteuid();
@@ -28,7 +28,8 @@ bool BecomeRoot()
     return uid == kRoot || ::setresuid(kNoId, kRoot, kNoId) == 0;
 }
 
-/// The uid goes last, for the same reason; a block that gave it up gets it again for the way back.
+/// Restores the uid last, for the same reason. If the guarded block gave up root, becomes root
+/// again first.
 bool GoBackTo(std::uint32_t savedUid, std::uint32_t savedGid)
 {
     uid_t const uid = ::geteuid();

@@ -1,23 +1,23 @@
-/// @file A block of code that runs as root.
+/// @file Running a block of code as root.
 #pragma once
 
 #include <cstdint>
 
 namespace Tremolane::network_utils {
 
-/// Makes root and its group the effective ids of the whole process for as long as it lives; the
-/// real and the saved ids stay. Nothing else may run in the process meanwhile. A failure is logged
-/// to the facility auth: it leaves Ok() false, and the ids are set back as far as they were
-/// changed.
+/// Sets the effective uid and gid of the process to root's while the guard lives. The real and the
+/// saved ids do not change. The change affects the whole process, so no other thread may run
+/// meanwhile. If it fails, the guard logs the failure to the facility LOG_AUTH and Ok() returns
+/// false. The destructor restores the ids in either case.
 class RunAsGuard {
 public:
-    /// `sourceLine` names the guarded block in the log.
+    /// `sourceLine` identifies the guarded block in the log.
     explicit RunAsGuard(int sourceLine);
     ~RunAsGuard();
     RunAsGuard(RunAsGuard const&) = delete;
     RunAsGuard& operator=(RunAsGuard const&) = delete;
 
-    /// Whether both ids are root's, so that the guarded block may run.
+    /// Returns whether both ids are root's, so that the guarded block may run.
     bool Ok() const { return m_ok; }
 
 private:

@@ -1,5 +1,5 @@
-/// @file Where the appliance's files are. APPLIANCE_ROOT, a string literal of the build, stands
-/// before each of them: empty on an appliance, a folder of the build tree for development.
+/// @file The paths of the appliance's files. Each starts with APPLIANCE_ROOT, a string literal that
+/// the build defines: empty on an appliance, a folder of the build tree for development.
 #pragma once
 
 #include <cstdio>
@@ -9,7 +9,7 @@
 
 namespace appliance {
 
-/// Room for a path, its NUL included; a longer one is cut.
+/// Buffer size for a path, including the NUL. A longer path is cut.
 inline constexpr std::size_t kPathSize = 256;
 
 inline constexpr char kRoot[] = APPLIANCE_ROOT;
@@ -23,7 +23,7 @@ inline constexpr char kWebApiFolder[] = APPLIANCE_ROOT "/usr/kald/webapi";
 inline constexpr char kVolumeFolder[] = APPLIANCE_ROOT "/volume1";
 inline constexpr char kDaemonCommands[] = APPLIANCE_ROOT "/var/run/dtvd/commands";
 
-/// The file of a tuner's one-shot schedules.
+/// Returns the path of a tuner's file of one-shot schedules.
 inline std::string OneShotFile(int tuner)
 {
     char path[kPathSize];
@@ -31,7 +31,7 @@ inline std::string OneShotFile(int tuner)
     return path;
 }
 
-/// The file of a tuner's repeat schedules.
+/// Returns the path of a tuner's file of repeat schedules.
 inline std::string RepeatFile(int tuner)
 {
     char path[kPathSize];

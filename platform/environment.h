@@ -1,4 +1,4 @@
-/// @file The variables of the CGI environment (RFC 3875).
+/// @file Reading the variables of the CGI environment (RFC 3875).
 #pragma once
 
 #include <cstdlib>

@@ -1,6 +1,8 @@
-/// @file The names of the members of stored and listed schedules, each in one place. They are part
-/// of the file formats. Each source file has its own, not one `inline` for all: tables that copy
-/// them at the start of the program need them made before, and not every compiler sees to that.
+/// @file The member names of stored and listed schedules. They are part of the file formats.
+///
+/// The constants are deliberately not `inline`, so that each source file has its own copies. Static
+/// tables that copy them need them initialised first. Within one source file that order is
+/// guaranteed; for `inline` variables not every compiler provides it.
 #pragma once
 
 #include <json/value.h>

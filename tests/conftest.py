@@ -15,6 +15,8 @@ from pathlib import Path
 import pytest
 from schedules import Schedule, epoch
 
+pytest.register_assert_rewrite("api_description")
+from api_description import observe  # noqa: E402
 pytest_plugins = ["api_description"]
 SOURCE = Path(__file__).resolve().parent.parent
 NOW = "2025-07-01 12:00"  # a Tuesday
@@ -63,22 +65,21 @@ class Stored:
 
 
 def parameters_of(query, form=""):
-    """What a query string and a form say; of a repeated parameter the first counts."""
+    """The parameters of a request: of one name the first counts, and a text ends at NUL."""
     pairs = urllib.parse.parse_qsl(f"{query}&{form}", keep_blank_values=True)
-    return {key: text.partition("\0")[0] for key, text in reversed(pairs)}
+    return {name: text.partition("\0")[0] for name, text in reversed(pairs)}
 
 
 def parse_answer(parameters, headers, body, log=()):
     """The only way from an answer's text to an Answer, over CGI and over HTTP. Without parameters
     it is not one of this API."""
     assert body.endswith("\n") and body.count("\n") == 1 and body.isascii(), body
-    import api_description  # not before pytest has prepared its assertions
     document = json.loads(body)
     assert document["success"] == ("error" not in document), body
     code = document["error"]["code"] if "error" in document else None
     answer = Answer(code, document.get("data"), list(log), headers, document)
     if parameters is not None:
-        api_description.observe(parameters.get("method", ""), parameters, answer)
+        observe(parameters.get("method", ""), parameters, answer)
     return answer
 
 
@@ -101,20 +102,11 @@ def in_forms(name, value):
     return value
 
 
-def leaves(document, path=""):
-    """The JSON of every value that holds no other, by its path."""
-    if not document or not isinstance(document, (dict, list)):
-        return {path: json.dumps(document)}
-    children = document.items() if isinstance(document, dict) else enumerate(document)
-    return {name: leaf for key, child in children
-            for name, leaf in leaves(child, f"{path}/{key}").items()}
-
-
 class Appliance:
     """A tree at the build's APPLIANCE_ROOT. Files are named by FILES, or by their path."""
 
     def __init__(self, build):
-        self.program, self.root = build.program, build.root
+        self.program, self.root, self.emulator = build.program, build.root, build.emulator
         self._before = None
 
     def lay(self):
@@ -170,25 +162,29 @@ class Appliance:
         return self.run({"QUERY_STRING": urllib.parse.urlencode(given)}, user=user, now=now,
                         zone=zone, under=under)
 
-    def run(self, environment, body=b"", user="admin", now=NOW, zone="UTC", under=()):
-        """The same with any CGI environment."""
-        run = self.launch({"REMOTE_USER": user} | environment, now, zone, under, input=body)
+    def run(self, environment, body="", form="", is_described=True, user="admin", now=NOW,
+            zone="UTC", under=()):
+        """The same with any CGI environment and a body, of which the program reads `form`.
+        `is_described` is false for another API."""
+        run = self.launch({"REMOTE_USER": user} | environment, now, zone, under,
+                          input=body.encode())
         lines = run.stderr.decode().splitlines()
         log = [line.split("]: ", 1)[1] for line in lines if line.startswith(self.program.name)]
         assert run.returncode == 0, f"ends with {run.returncode}: {run.stderr.decode()}"
         assert len(log) == len(lines), run.stderr.decode()
         head, _, text = run.stdout.decode().partition("\r\n\r\n")
         headers = dict(line.split(": ", 1) for line in head.split("\r\n"))
-        is_this_api = self.program.name == "schedule_recording"
-        form = body.decode() if environment.get("REQUEST_METHOD") == "POST" else ""
-        asked = parameters_of(environment.get("QUERY_STRING", ""), form) if is_this_api else None
-        return parse_answer(asked, headers, text, log)
+        parameters = parameters_of(environment.get("QUERY_STRING", ""), form)
+        return parse_answer(parameters if is_described else None, headers, text, log)
 
     def launch(self, environment, now=NOW, zone="UTC", under=(), **options):
         """Runs the program to its end, whatever it answers."""
         self.settle()
         self._before = self.snapshot()
-        return subprocess.run([*under, self.program], capture_output=True, timeout=60, **options,
+        if under and self.emulator:
+            pytest.skip("strace would see the calls of the emulator")
+        return subprocess.run([*under, *self.emulator, self.program], capture_output=True,
+                              timeout=60, **options,
                               env=program_environment(now, zone, syncs=under) | environment)
 
     def expect_changes(self, **expected):
@@ -203,10 +199,8 @@ class Appliance:
         changed = {name: self._change(name, before, after, expected) for name in before | after
                    if before.get(name) != after.get(name)}
         expected = {name: in_forms(name, value) for name, value in expected.items()}
-        found, wanted = leaves(changed), leaves(expected)
-        differing = {path: f"{found.get(path)} instead of {wanted.get(path)}"
-                     for path in found | wanted if found.get(path) != wanted.get(path)}
-        assert differing == {}
+        assert changed == expected
+        assert json.dumps(changed, sort_keys=True) == json.dumps(expected, sort_keys=True)
 
     def settle(self):
         """Asserts that the last request changed nothing, unless expect_changes() has asked."""
@@ -241,10 +235,12 @@ def program_environment(now, zone, syncs):
 
 @dataclasses.dataclass(frozen=True)
 class Build:
-    """A folder that CMake has built in, its program, and the tree that the program works on."""
+    """A folder that CMake has built in, its program, the tree that the program works on, and the
+    command that runs a program of another processor."""
     folder: Path
     program: Path
     root: Path
+    emulator: list
 
 
 def pytest_addoption(parser):
@@ -257,9 +253,11 @@ def build(pytestconfig):
     folder = SOURCE / pytestconfig.getoption("--build")
     cache = (folder / "CMakeCache.txt").read_text(encoding="utf-8")
     root = Path(re.search(r"^APPLIANCE_ROOT:\w+=(/.+)$", cache, re.MULTILINE)[1])
+    emulator = re.search(r"^CMAKE_CROSSCOMPILING_EMULATOR:\w+=(.+)$", cache, re.MULTILINE)
     with open(folder / "tests.lock", "w", encoding="ascii") as lock:
         fcntl.flock(lock, fcntl.LOCK_EX)
-        yield Build(folder, folder / "schedule_recording", root)
+        yield Build(folder, folder / "schedule_recording", root,
+                    emulator[1].split(";") if emulator else [])
 
 
 @pytest.fixture
@@ -295,6 +293,8 @@ class WebServer:
         return self
 
     def __enter__(self):
+        if self.appliance.emulator:
+            pytest.skip("a web server cannot start a program of another processor")
         self.lay_sample()
         shutil.copy(self.appliance.root / "etc/logins", self._folder)
         with socket.socket() as probe:
@@ -304,6 +304,7 @@ class WebServer:
         self._output = open(self.log, "w", encoding="utf-8")
         environment = {"WEB_PORT": str(port), "WEB_PROGRAM": str(self._program),
                        "WEB_LOGINS": str(self._folder / "logins"), "WEB_ACCESS_LOG": "/dev/null",
+                       "WEB_PAGE": str(SOURCE / "web"),
                        "PATH": os.environ["PATH"] + ":/usr/sbin"}
         command = ["lighttpd", "-D", "-f", SOURCE / "dev/lighttpd.conf"]
         self._server = subprocess.Popen(["setpriv", "--pdeathsig", "TERM", *command],

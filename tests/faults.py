@@ -9,10 +9,26 @@ def failing(calls, *paths, at="1+", error="EIO"):
             "-e", f"inject={calls}:error={error}:when={at}"]
 
 
+def not_loaded(appliance, name, stored):
+    """The log of a store that holds a broken text, or a document that is no array."""
+    reason = "it holds no array" if stored.endswith(("}", "7")) else "it is not JSON"
+    return [f"cannot load {appliance.path(name)}: {reason}"]
+
+
+def not_saved(appliance, name, reason="Operation not permitted"):
+    """The log of a store under unsaved()."""
+    return [f"cannot save {appliance.path(name)}: {reason}"]
+
+
+def not_told(appliance):
+    """The log of a daemon under daemon_fails()."""
+    return [f"cannot tell the tuner daemon by {appliance.path('commands')}: Input/output error"]
+
+
 def unsaved(appliance, name):
-    """Fails every save of a file, for want of room: its temporary file does not get its name."""
+    """Fails every save of a file: its temporary file does not get its name."""
     path = appliance.path(name)
-    return failing("rename,renameat2", path, f"{path}.tmp", error="ENOSPC")
+    return failing("rename,renameat2", path, f"{path}.tmp", error="EPERM")
 
 
 def daemon_fails(appliance, after):
@@ -27,13 +43,13 @@ def failing_nth(name, nth, what):
 
 
 def calls_of(trace, path):
-    """The calls of a strace from the first that names the path: each name, and which call of that
-    name it is."""
+    """The calls of a strace -y from the first that names the path: each name, which call of that
+    name it is, and the whole line."""
     counts, calls = {}, []
     for line in trace.splitlines():
         name = line.split(maxsplit=1)[1].partition("(")[0]
         if name.isidentifier():
             counts[name] = counts.get(name, 0) + 1
             if calls or path in line:
-                calls.append((name, counts[name]))
+                calls.append((name, counts[name], line))
     return calls

@@ -13,6 +13,8 @@
 
 namespace {
 
+constexpr uid_t kAsBefore = static_cast<uid_t>(-1);
+
 using namespace Tremolane::network_utils;
 
 struct OtherApi : Tremolane::VideoWebAPI {
@@ -47,12 +49,13 @@ struct OtherApi : Tremolane::VideoWebAPI {
             {"ddns", [](OtherApi&) { return Name(GetDdnsHostName); }},
             {"become",
              [](OtherApi&) {
-                 return Text(::setresgid(-1, 8, -1) == 0 && ::setresuid(-1, 9, -1) == 0);
+                 return Text(::setresgid(kAsBefore, 8, kAsBefore) == 0 &&
+                             ::setresuid(kAsBefore, 9, kAsBefore) == 0);
              }},
             {"guard", [](OtherApi&) { return Text(RunAsGuard(7).Ok()); }},
             {"guard a loss", [](OtherApi&) {
                  RunAsGuard const guard(7);
-                 return Text(guard.Ok() && ::setresuid(-1, 5, -1) == 0);
+                 return Text(guard.Ok() && ::setresuid(kAsBefore, 5, kAsBefore) == 0);
              }}};
         Json::Value answers;
         for (auto const& word : KALD::WebAPIUtil::ParseToArray(m_request.In("ask", ""), ",")) {

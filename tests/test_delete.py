@@ -1,7 +1,7 @@
 """delete, which also stops a recording, and delete_passed."""
 import pytest
 from conftest import NOW, Answer
-from faults import daemon_fails, unsaved
+from faults import daemon_fails, not_loaded, not_saved, not_told, unsaved
 from schedules import epoch
 
 SEVEN = {"start_time": 1000, "service_id": "7", "duration": 4000}
@@ -44,16 +44,18 @@ def test_delete_without_id_stops_tuner(two, channel):
 
 @pytest.mark.parametrize("after, commands", [(0, {}), (1, {"commands": ["stop 0 1000 0 8"]})])
 def test_delete_without_daemon_stays_deleted(two, after, commands):
-    assert delete(two, under=daemon_fails(two, after)) == Answer(100)
+    assert delete(two, under=daemon_fails(two, after)) == Answer(100, log=not_told(two))
     two.expect_changes(one_shot=[SEVEN], **commands)
-    assert delete(two, id=None, under=daemon_fails(two, after=0)) == Answer(100)
+    assert delete(two, id=None, under=daemon_fails(two, after=0)).code == 100
 
 
 def test_delete_from_broken_file(two):
-    assert delete(two, under=unsaved(two, "one_shot")) == Answer(403)
+    assert delete(two, under=unsaved(two, "one_shot")) == Answer(
+        403, log=not_saved(two, "one_shot"))
     for stored in "[", "{}":
-        assert delete(two.store(one_shot=stored)) == Answer(403)
-        assert two.request("delete_passed", tuner=0) == Answer(403)
+        answer = Answer(403, log=not_loaded(two, "one_shot", stored))
+        assert delete(two.store(one_shot=stored)) == answer
+        assert two.request("delete_passed", tuner=0) == answer
 
 
 def ends(after, duration, **more):

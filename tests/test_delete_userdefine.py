@@ -1,7 +1,7 @@
 """delete_userdefine: schedules of both kinds, and their records."""
 import pytest
 from conftest import Answer, case
-from faults import daemon_fails
+from faults import daemon_fails, not_loaded, not_told
 from schedules import SHOW, WEEKLY
 
 ON_1 = SHOW.but(tuner=1)
@@ -47,13 +47,15 @@ def test_delete_userdefine_last_record_leaves_null(both):
 @pytest.mark.parametrize("one_shot, code", [(None, 402), ("[", 403)])
 def test_delete_userdefine_schedule_not_deleted_record_goes(both, one_shot, code):
     both.store(one_shot=one_shot, repeat=None)
-    log = f"schedule_recording:1032 Fail to load file {both.path('repeat')}"
-    assert delete(both, SHOW.start, WEEKLY.start) == Answer(code, log=[log])
+    log = [*(not_loaded(both, "one_shot", one_shot) if one_shot else ()),
+           f"schedule_recording:1032 Fail to load file {both.path('repeat')}"]
+    assert delete(both, SHOW.start, WEEKLY.start) == Answer(code, log=log)
     both.expect_changes(user_defined=[ON_1], commands=["reload"])
 
 
 def test_delete_userdefine_without_daemon(both):
-    assert delete(both, WEEKLY.start, under=daemon_fails(both, after=0)) == Answer(100)
+    assert delete(both, WEEKLY.start, under=daemon_fails(both, after=0)) == Answer(
+        100, log=not_told(both))
     both.expect_changes(repeat=[], user_defined=[SHOW, ON_1])
 
 

@@ -1,7 +1,7 @@
 """edit_userdefine: what is refused, what is replaced, what is put back."""
 import pytest
 from conftest import Answer, case
-from faults import daemon_fails, failing, unsaved
+from faults import daemon_fails, failing, not_saved, not_told, unsaved
 from schedules import OTHER, SHOW, WEEKLY, Schedule
 
 NEW_SHOW = Schedule("2025-07-04", "21:00", "02:00", "New", "7@474")
@@ -148,26 +148,38 @@ def test_edit_userdefine_without_user_or_folder(shows, user, new, log):
 
 @pytest.mark.parametrize("after", [0, 1, 2, 3])
 def test_edit_userdefine_daemon_ends_one_shots_stay_without_record(shows, after):
-    assert edit(shows, SHOW, NEW_SHOW, under=daemon_fails(shows, after)) == Answer(100)
+    answer = edit(shows, SHOW, NEW_SHOW, under=daemon_fails(shows, after))
+    assert (answer.code, set(answer.log)) == (100, set(not_told(shows)))
     shows.expect_changes(**{} if after == 0 else {
         "one_shot": [OTHER, NEW_SHOW, SHOW], "user_defined": "null\n",
         "commands": ["reload", STOP, "reload"][:after]})
 
 
 def test_edit_userdefine_daemon_ends_rule_stays_with_record(shows):
-    assert edit(shows, SHOW, NEW_RULE, under=daemon_fails(shows, after=2)) == Answer(100)
+    assert edit(shows, SHOW, NEW_RULE, under=daemon_fails(shows, after=2)) == Answer(
+        100, log=not_told(shows))
     shows.expect_changes(one_shot=[OTHER], repeat=[NEW_RULE], user_defined=[NEW_RULE],
                          commands=[STOP, "reload"])
 
 
 def test_edit_userdefine_goes_on_after_delete_that_fails(shows):
     under = failing("openat", shows.path("commands"), at=2)  # the stop of the recording
-    assert edit(shows, SHOW, NEW_SHOW, under=under) == Answer(100)
+    assert edit(shows, SHOW, NEW_SHOW, under=under) == Answer(100, log=not_told(shows))
     after = {"one_shot": [OTHER, NEW_SHOW], "user_defined": [NEW_SHOW]}
     shows.expect_changes(**after, commands=["reload", "reload"])
     shows.store(one_shot=[OTHER], user_defined=[SHOW])
     assert edit(shows, SHOW, NEW_SHOW) == Answer(402)
     shows.expect_changes(**after, commands=["reload", "reload"])
+
+
+@pytest.mark.parametrize("name, after", [
+    ("repeat", {"one_shot": [OTHER, SHOW], "user_defined": [SHOW],
+                "commands": [STOP, "reload", "reload"]}),
+    ("one_shot", {"repeat": [NEW_RULE], "user_defined": [NEW_RULE], "commands": ["reload"]})])
+def test_edit_userdefine_to_rule_not_saved(shows, name, after):
+    answer = edit(shows, SHOW, NEW_RULE, under=unsaved(shows, name))
+    assert answer == Answer(403, log=not_saved(shows, name))
+    shows.expect_changes(**after)
 
 
 def test_edit_userdefine_of_rule_not_saved(rule):

@@ -94,6 +94,7 @@ def test_list_status_for_display(appliance):
 
 
 @pytest.mark.parametrize("stored, shown", [
+    case("lone surrogates", r"\ud83dx\ude00\ud83d\ud83d\ude00", "\ufffdx\ufffd\ufffd\U0001f600"),
     case("escapes", r"\"\\\u0001\ud83d\ude00", '"\\\x01\U0001f600'),
     case("other characters", "\x7f\u00e4\u2028\U0001f600", "\x7f\u00e4\u2028\U0001f600"),
     case("broken UTF-8", b"\xc3(\xe2AB\xf4\x90\x80\x80\x80A\xed\xa0\x80\xc0\x80\xff\xc3"

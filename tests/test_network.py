@@ -24,7 +24,7 @@ def other(build, appliance):
 
 def ask(other, *questions, under=(), user="admin", query="", **environment):
     environment["QUERY_STRING"] = f"ask={','.join(questions)}&{query}".replace(" ", "%20")
-    answer = other.run(environment, user=user, under=under)
+    answer = other.run(environment, is_described=False, user=user, under=under)
     other.forget()  # the tools leave files
     return answer
 

@@ -1,4 +1,4 @@
-/// @file Accounts and groups, read from the passwd and group files with the C library.
+/// @file Reading accounts and groups from the passwd and group files with the C library.
 #include "platform/standin/accounts.h"
 
 #include "kald/user.h"
@@ -17,10 +17,12 @@ namespace standin {
 
 namespace {
 
-/// An account file in memory, as a stream, with a buffer that holds the largest entry it can have.
-/// The C library seeks in the stream for every entry: in a file that is a system call each, and a
-/// seek that fails drives it out of its bounds. It also reads an entry again from its start for
-/// each buffer that proves too small, which takes minutes for a line of megabytes.
+/// A stream over an account file in memory, with a buffer that is large enough for any entry of it.
+///
+/// The C library seeks in the stream for every entry. In a real file each seek is a system call,
+/// and if a seek fails, the library accesses memory out of bounds. If the buffer is too small for
+/// an entry, the entry must be read again from its start with a larger one, which takes minutes for
+/// a line of several megabytes.
 class EntryFile {
 public:
     explicit EntryFile(char const* path)
@@ -33,8 +35,8 @@ public:
         }
     }
 
-    /// The next entry, which lives until the next call, by fgetpwent_r() or fgetgrent_r(); null at
-    /// the end, and for a file that is empty or cannot be read.
+    /// Reads the next entry with `read`, which is fgetpwent_r() or fgetgrent_r(). The entry is
+    /// valid until the next call. Returns null at the end, and if the file is empty or unreadable.
     template <class Entry>
     Entry* Next(int (*read)(FILE*, Entry*, char*, std::size_t, Entry**), Entry& entry)
     {
@@ -49,8 +51,9 @@ private:
     struct Close {
         void operator()(FILE* stream) const { std::fclose(stream); }
     };
-    /// Beside the text and a pointer for each member of at least two characters, its comma
-    /// included: alignment, the null pointers that end lists.
+    /// An entry needs its text and one pointer for each group member, which takes at least two
+    /// characters of text, name and comma. The margin is for alignment and for the null pointer
+    /// that ends the list.
     static constexpr std::size_t kMargin = 64;
 
     std::string m_text;
@@ -59,7 +62,7 @@ private:
     std::size_t m_size = 0;
 };
 
-/// Calls `use` with the account's entry; false if there is no such account.
+/// Calls `use` with the entry of an account. Returns false if there is no such account.
 template <class Use>
 bool WithAccount(char const* name, Use const& use)
 {

@@ -1,14 +1,14 @@
-/// @file The appliance's accounts and groups.
+/// @file Queries about the appliance's accounts and groups.
 #pragma once
 
 #include <string>
 
 namespace standin {
 
-/// Whether the account exists and its password field is locked with a leading "!".
+/// Returns whether the account exists and is locked: its password field starts with "!".
 bool IsLocked(std::string const& name);
 
-/// Whether `group` lists the account as a member.
+/// Returns whether `group` lists the account as a member.
 bool IsMember(std::string const& name, char const* group);
 
 } // namespace standin

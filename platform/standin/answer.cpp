@@ -10,12 +10,16 @@ namespace standin {
 
 namespace {
 
-constexpr char kHeaders[] = "Content-Type: application/json; charset=utf-8\r\n\r\n";
+constexpr char kHeaders[] = "Content-Type: application/json; charset=utf-8\r\n"
+                            "Cache-Control: no-store\r\n\r\n";
 
 } // namespace
 
-bool SendAnswer(int fd, Json::Value const& errors, Json::Value& response)
+bool SendAnswer(int fd, Json::Value const& errors, Json::Value& response, bool hasBody)
 {
+    if (!hasBody) {
+        return WriteAll(fd, kHeaders);
+    }
     // Never destroyed: the process ends with the request, and destroying the document of 11,000
     // schedules would take an eighth of its time.
     static Json::Value& answer = *new Json::Value;
@@ -28,6 +32,12 @@ bool SendAnswer(int fd, Json::Value const& errors, Json::Value& response)
         answer["data"].swap(response);
     }
     return WriteAll(fd, kHeaders + RenderJson(answer, Charset::kAscii) + '\n');
+}
+
+bool SendMethodNotAllowed(int fd, char const* allowed)
+{
+    return WriteAll(fd, std::string("Status: 405 Method Not Allowed\r\nAllow: ") + allowed +
+                            "\r\nCache-Control: no-store\r\n\r\n");
 }
 
 bool SendFailure(int fd, int code)

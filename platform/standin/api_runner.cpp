@@ -1,4 +1,4 @@
-/// @file Other Web APIs: their answers lie in files, one for each API, version and method.
+/// @file Other Web APIs. Their answers are stored in files, one for each API, version and method.
 #include "kald/api_runner.h"
 
 #include "platform/appliance_paths.h"

@@ -19,8 +19,10 @@ Load LoadDocument(std::string const& path, Json::Value& document, ElementHook co
         return errno == ENOENT || errno == ENOTDIR ? Load::kMissing : Load::kUnreadable;
     }
     std::string text;
-    bool const isLoaded = ReadToEnd(fd.Get(), text) && ParseJson(std::move(text), document, hook);
-    return isLoaded ? Load::kLoaded : Load::kUnreadable;
+    if (!ReadToEnd(fd.Get(), text)) {
+        return Load::kUnreadable;
+    }
+    return ParseJson(std::move(text), document, hook) ? Load::kLoaded : Load::kNotJson;
 }
 
 bool ReplaceFile(std::string const& path, Json::Value const& document)

@@ -13,7 +13,8 @@ namespace standin {
 enum class Load {
     kLoaded,
     kMissing,    ///< there is no such file
-    kUnreadable, ///< the file cannot be read, or is not JSON
+    kUnreadable, ///< the file cannot be read; errno tells why
+    kNotJson,
 };
 
 /// Loads a JSON file. `document` is null unless it was loaded. `hook` is called as by ParseJson().

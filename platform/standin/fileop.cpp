@@ -1,4 +1,4 @@
-/// @file Questions about the file system.
+/// @file File system queries.
 #include "libtm/fileop.h"
 
 #include "platform/standin/files.h"

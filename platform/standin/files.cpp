@@ -1,4 +1,4 @@
-/// @file Whole files over POSIX calls.
+/// @file Reading and replacing whole files with POSIX calls.
 #include "platform/standin/files.h"
 
 #include <fcntl.h>
@@ -11,27 +11,31 @@ namespace standin {
 
 namespace {
 
-constexpr mode_t kNewFileMode = 0640;
-constexpr mode_t kTemporaryMode = 0600; ///< until it has the mode of the file that it replaces
+constexpr mode_t kTemporaryMode = 0600; ///< until CopyOwnerAndMode() sets the final mode
 constexpr mode_t kPermissionBits = 0777;
 
-int g_saves = 0;
-bool g_hasDeviceFailed = false;
+int saveCount = 0;
+bool hasDeviceFailed = false;
+
+std::string FolderOf(std::string const& path)
+{
+    return path.substr(0, path.find_last_of('/') + 1);
+}
 
 std::string TemporaryOf(std::string const& path)
 {
     return path + ".tmp";
 }
 
-/// Returns the size of an open file in bytes; 0 if it cannot be told.
+/// Returns the size of an open file in bytes, or 0 if it is unknown.
 std::size_t SizeOf(int fd)
 {
     struct stat info {};
     return ::fstat(fd, &info) == 0 && info.st_size > 0 ? static_cast<std::size_t>(info.st_size) : 0;
 }
 
-/// Opens the temporary file of a replacement, which is a new file: one that a killed process has
-/// left is deleted, and neither a link is followed nor a file of another user written to.
+/// Creates the temporary file of a replacement, after deleting one that a killed process left. Only
+/// ever opens a new file: it follows no link and writes to no file of another user.
 UniqueFd OpenTemporary(std::string const& path)
 {
     ::unlink(path.c_str());
@@ -39,36 +43,44 @@ UniqueFd OpenTemporary(std::string const& path)
         ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kTemporaryMode));
 }
 
-/// Gives a new file the mode of the file at `path` and, as root, its owner and group. Without an
-/// old file it gets the mode of a new store.
-bool CopyOwnerAndMode(int fd, std::string const& path)
+/// As root, gives a file the owner and group of another one.
+bool CopyOwner(int fd, struct stat const& other)
+{
+    return ::geteuid() != 0 || ::fchown(fd, other.st_uid, other.st_gid) == 0;
+}
+
+/// Gives the open file the mode of the file at `path` and, as root, its owner and group. If there
+/// is no file at `path`, sets `newMode` and, as root, the owner of the folder.
+bool CopyOwnerAndMode(int fd, std::string const& path, mode_t newMode)
 {
     struct stat old {};
     if (::stat(path.c_str(), &old) != 0) {
-        return errno == ENOENT && ::fchmod(fd, kNewFileMode) == 0;
+        return errno == ENOENT && GiveToOwnerOfFolder(fd, path) && ::fchmod(fd, newMode) == 0;
     }
     if (!S_ISREG(old.st_mode)) {
-        errno = EINVAL; // a folder could change places with a file, but nobody wants that
+        errno = EINVAL; // otherwise RENAME_EXCHANGE would swap even a folder with the new file
         return false;
     }
-    bool const isOwnerKept = ::geteuid() != 0 || ::fchown(fd, old.st_uid, old.st_gid) == 0;
-    return isOwnerKept && ::fchmod(fd, old.st_mode & kPermissionBits) == 0;
+    return CopyOwner(fd, old) && ::fchmod(fd, old.st_mode & kPermissionBits) == 0;
 }
 
+/// Exchanges two files atomically. On failure returns false and sets errno.
 bool Exchange(std::string const& one, std::string const& other)
 {
     return ::renameat2(AT_FDCWD, one.c_str(), AT_FDCWD, other.c_str(), RENAME_EXCHANGE) == 0;
 }
 
-/// Moves the temporary file to its place durably. It changes places with the old file, so that they
-/// can change back if the folder does not reach the disk; without an old file it is deleted again
-/// then. Only on a file system that cannot exchange files is such a failure not undone.
+/// Moves the temporary file to `path` durably. Exchanges it with the old file, so that the exchange
+/// can be reversed if the folder cannot be synced. If there was no old file, deletes the new one in
+/// that case. On a file system that cannot exchange files, a failed sync is not undone.
 bool Commit(std::string const& temporary, std::string const& path)
 {
-    bool const isExchanged = Exchange(temporary, path);
-    bool const isNew = !isExchanged && errno == ENOENT;
+    struct stat old {};
+    bool const isNew = ::lstat(path.c_str(), &old) != 0 && errno == ENOENT;
+    bool const isExchanged = !isNew && Exchange(temporary, path);
     bool const isMoved = isExchanged || std::rename(temporary.c_str(), path.c_str()) == 0;
     bool const isSynced = isMoved && SyncFolderOf(path);
+    int const error = errno;
     if (!isSynced) {
         NoteFailure();
     }
@@ -81,6 +93,7 @@ bool Commit(std::string const& temporary, std::string const& path)
     if (isExchanged || !isMoved) {
         ::unlink(temporary.c_str());
     }
+    errno = error;
     return isSynced;
 }
 
@@ -91,6 +104,9 @@ UniqueFd OpenRegularFile(char const* path)
     UniqueFd fd(::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     struct stat info {};
     if (!fd || ::fstat(fd.Get(), &info) != 0) {
+        if (errno == ENOENT && ::lstat(path, &info) == 0) {
+            errno = ENXIO; // a dangling link: the volume that holds its target may come back
+        }
         NoteFailure();
         return UniqueFd();
     }
@@ -103,9 +119,9 @@ UniqueFd OpenRegularFile(char const* path)
 
 bool ReadToEnd(int fd, std::string& text)
 {
-    constexpr std::size_t kStep = 4096; // by which a file that grows is read on
+    constexpr std::size_t kStep = 4096; // for a file that grows while it is read
     std::size_t used = text.size();
-    std::size_t room = SizeOf(fd) + 1; // one more shows the end at once
+    std::size_t room = SizeOf(fd) + 1; // never 0: reading 0 bytes would look like the end
     while (true) {
         text.resize(used + room);
         ssize_t const got = ::read(fd, text.data() + used, room);
@@ -142,27 +158,35 @@ bool WriteAll(int fd, std::string_view text)
 
 bool HasDeviceFailed()
 {
-    return g_hasDeviceFailed;
+    return hasDeviceFailed;
 }
 
 void ForgetDeviceFailure()
 {
-    g_hasDeviceFailed = false;
+    hasDeviceFailed = false;
 }
 
 void NoteFailure()
 {
-    g_hasDeviceFailed = g_hasDeviceFailed || errno == EIO;
+    for (int const error : {EIO, ENOSPC, EDQUOT, EFBIG, EROFS, ENOMEM, EMFILE, ENFILE}) {
+        hasDeviceFailed = hasDeviceFailed || errno == error;
+    }
 }
 
 int SavesOfThisProcess()
 {
-    return g_saves;
+    return saveCount;
+}
+
+bool GiveToOwnerOfFolder(int fd, std::string const& path)
+{
+    struct stat folder {};
+    return ::stat(FolderOf(path).c_str(), &folder) == 0 && CopyOwner(fd, folder);
 }
 
 bool SyncFolderOf(std::string const& path)
 {
-    std::string const folder = path.substr(0, path.find_last_of('/') + 1);
+    std::string const folder = FolderOf(path);
     UniqueFd const fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     return fd && ::fsync(fd.Get()) == 0;
 }
@@ -172,15 +196,17 @@ void RemoveTemporaryOf(std::string const& path)
     ::unlink(TemporaryOf(path).c_str());
 }
 
-bool WriteWholeFile(std::string const& path, std::string_view text)
+bool WriteWholeFile(std::string const& path, std::string_view text, unsigned newMode)
 {
-    ++g_saves;
+    ++saveCount;
     std::string const temporary = TemporaryOf(path);
     UniqueFd const fd = OpenTemporary(temporary);
-    if (!fd || !WriteAll(fd.Get(), text) || !CopyOwnerAndMode(fd.Get(), path) ||
+    if (!fd || !WriteAll(fd.Get(), text) || !CopyOwnerAndMode(fd.Get(), path, newMode) ||
         ::fsync(fd.Get()) != 0) {
         NoteFailure();
+        int const error = errno;
         ::unlink(temporary.c_str());
+        errno = error;
         return false;
     }
     return Commit(temporary, path);

@@ -1,4 +1,4 @@
-/// @file Whole files: reading one, and replacing one so that it is never seen half written.
+/// @file Reading whole files and replacing them atomically.
 #pragma once
 
 #include "platform/standin/unique_fd.h"
@@ -9,36 +9,45 @@
 
 namespace standin {
 
-/// Opens a regular file for reading; none, with errno set, if that fails. Never waits for a FIFO.
+/// Opens a regular file for reading. On failure returns none and sets errno. Any other kind of file
+/// is a failure; a FIFO never blocks.
 UniqueFd OpenRegularFile(char const* path);
 
-/// Reads from `fd` to its end, after what `text` already holds. False with errno set on an error.
+/// Reads from `fd` to the end and appends to `text`. On failure returns false and sets errno.
 bool ReadToEnd(int fd, std::string& text);
 
-/// Writes all of `text`. False with errno set on an error.
+/// Writes all of `text`. On failure returns false and sets errno.
 bool WriteAll(int fd, std::string_view text);
 
-/// Whether a file could not be opened, read or replaced because the device failed (EIO) since the
-/// last call of ForgetDeviceFailure(). What was read cannot be told from a missing file then.
+/// Returns whether opening, reading or replacing a file has failed since the last
+/// ForgetDeviceFailure() because a device failed or something ran out: space, memory, descriptors.
+/// If so, a file that seemed to be missing may exist, and a change may be incomplete.
 bool HasDeviceFailed();
 void ForgetDeviceFailure();
 
-/// To be called when a call on a file has failed, with its errno.
+/// Records a device failure if errno stands for one. Call it when a system call on a file has
+/// failed.
 void NoteFailure();
 
-/// How many files this process has replaced.
+/// Returns how many times this process has called WriteWholeFile().
 int SavesOfThisProcess();
 
-/// Replaces `path` by `text` durably, all or nothing: the old file or the new one stands there,
-/// whatever happens. Keeps the old file's mode and, as root, its owner and group; a new file gets
-/// 0640. On false the temporary file beside it is gone, too. At most one process may do this to a
-/// file at a time.
-bool WriteWholeFile(std::string const& path, std::string_view text);
+/// Replaces the content of `path` by `text`, atomically and durably: whatever happens, the complete
+/// old file or the complete new file is there. Keeps the old file's mode and, as root, its owner
+/// and group; a new file has `newMode` and, as root, the owner of its folder. On failure returns
+/// false, sets errno and removes the temporary file. Only one process at a time may replace the
+/// same file.
+bool WriteWholeFile(std::string const& path, std::string_view text, unsigned newMode = 0640);
 
-/// Deletes the temporary file that a killed WriteWholeFile() may have left.
+/// As root, gives an open file to the owner of the folder of `path`, so that a program that runs as
+/// that user can use the file too.
+bool GiveToOwnerOfFolder(int fd, std::string const& path);
+
+/// Deletes the temporary file that WriteWholeFile() leaves behind if its process is killed.
 void RemoveTemporaryOf(std::string const& path);
 
-/// Makes the entry of a file in its folder durable.
+/// Syncs the folder of a file, which makes the file's directory entry durable. Returns false and
+/// sets errno on failure.
 bool SyncFolderOf(std::string const& path);
 
 } // namespace standin

@@ -3,9 +3,11 @@
 
 #include <rapidjson/reader.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -55,8 +57,7 @@ public:
 
     bool RawNumber(char const* text, rapidjson::SizeType length, bool /*isTransient*/)
     {
-        Json::Value number = NumberOf(text, text + length);
-        return !number.isNull() && Put(std::move(number));
+        return Put(NumberOf(text, text + length));
     }
 
     bool String(char const* text, rapidjson::SizeType length, bool /*isTransient*/)
@@ -124,6 +125,75 @@ private:
     ElementHook const& m_hook;
 };
 
+/// Returns the UTF-16 unit of an escape "\\uXXXX" at a position; none if there is no such escape.
+std::optional<unsigned> UnitAt(std::string_view text, std::size_t at)
+{
+    constexpr std::size_t kLength = 6;
+    std::string_view const escape = text.substr(std::min(at, text.size()), kLength);
+    unsigned unit = 0;
+    if (escape.size() < kLength || !escape.starts_with("\\u")) {
+        return std::nullopt;
+    }
+    char const* const end = escape.data() + kLength;
+    auto const [last, error] = std::from_chars(escape.data() + 2, end, unit, 16);
+    return error == std::errc() && last == end ? std::optional(unit) : std::nullopt;
+}
+
+/// Replaces escapes of lone surrogates, which are no characters, by that of U+FFFD. RapidJSON
+/// refuses the one kind and reads the other as bytes that are not UTF-8.
+void ReplaceLoneSurrogates(std::string& text)
+{
+    auto const isIn = [](std::optional<unsigned> unit, unsigned first) {
+        return unit && *unit >= first && *unit < first + 0x400;
+    };
+    std::size_t at = text.find('\\');
+    while (at < text.size()) {
+        std::optional<unsigned> const unit = UnitAt(text, at);
+        std::size_t length = unit ? 6 : 2;
+        if (isIn(unit, 0xD800) && isIn(UnitAt(text, at + 6), 0xDC00)) {
+            length = 12;
+        } else if (isIn(unit, 0xD800) || isIn(unit, 0xDC00)) {
+            text.replace(at + 2, 4, "fffd");
+        }
+        at = text.find('\\', at + length);
+    }
+}
+
+/// Replaces numbers beyond the range of a double by null.
+void ReplaceHugeNumbers(std::string& text)
+{
+    bool isInText = false;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (text[at] == '"') {
+            isInText = !isInText;
+        } else if (text[at] == '\\') {
+            ++at;
+        } else if (!isInText && (text[at] == '-' || (text[at] >= '0' && text[at] <= '9'))) {
+            std::size_t const end =
+                std::min(text.find_first_not_of("+-.0123456789Ee", at), text.size());
+            if (!std::isfinite(std::strtod(&text[at], nullptr))) {
+                text.replace(at, end - at, "null");
+                at += 3;
+            } else {
+                at = end - 1;
+            }
+        }
+    }
+}
+
+/// Reads a text into a document, decoding strings in place.
+rapidjson::ParseErrorCode Read(std::string& text, Json::Value& document, ElementHook const& hook)
+{
+    document = Json::Value();
+    std::size_t const begin = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+    rapidjson::InsituStringStream stream(&text[begin]);
+    DocumentBuilder builder(document, hook);
+    // Numbers are passed on as text. Otherwise the reader allocates memory without checking for
+    // failure.
+    constexpr unsigned kFlags = rapidjson::kParseInsituFlag | rapidjson::kParseNumbersAsStringsFlag;
+    return rapidjson::Reader().Parse<kFlags>(stream, builder).Code();
+}
+
 } // namespace
 
 bool ParseJson(std::string text, Json::Value& document, ElementHook const& hook)
@@ -132,17 +202,17 @@ bool ParseJson(std::string text, Json::Value& document, ElementHook const& hook)
     if (text.find('\0') != std::string::npos) {
         return false; // the reader would take it for the end, and a save would lose the rest
     }
-    std::size_t const begin = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
-    rapidjson::InsituStringStream stream(&text[begin]);
-    DocumentBuilder builder(document, hook);
-    // Numbers are passed on as text. Otherwise the reader allocates memory without checking for
-    // failure.
-    constexpr unsigned kFlags = rapidjson::kParseInsituFlag | rapidjson::kParseNumbersAsStringsFlag;
-    if (!rapidjson::Reader().Parse<kFlags>(stream, builder)) {
-        document = Json::Value();
-        return false;
+    ReplaceLoneSurrogates(text);
+    std::string original = text;
+    rapidjson::ParseErrorCode error = Read(text, document, hook);
+    if (error == rapidjson::kParseErrorNumberTooBig) {
+        ReplaceHugeNumbers(original);
+        error = Read(original, document, hook);
     }
-    return true;
+    if (error != rapidjson::kParseErrorNone) {
+        document = Json::Value();
+    }
+    return error == rapidjson::kParseErrorNone;
 }
 
 } // namespace standin

@@ -1,4 +1,4 @@
-/// @file Settings files and child processes.
+/// @file Reading settings files and running child processes.
 #include "kald/libc.h"
 
 #include "platform/appliance_paths.h"
@@ -18,13 +18,14 @@
 
 namespace {
 
+/// Returns the running children by the stream of their output.
 std::unordered_map<FILE*, pid_t>& Children()
 {
     static std::unordered_map<FILE*, pid_t> children;
     return children;
 }
 
-/// Starts a program whose output goes to `output`; 0 or an errno.
+/// Starts a program with its standard output redirected to `output`. Returns 0 or an errno.
 int Spawn(pid_t* pid, std::string const& program, char const* argument, int output)
 {
     std::string argument0 = program;
@@ -35,7 +36,7 @@ int Spawn(pid_t* pid, std::string const& program, char const* argument, int outp
     if (error != 0) {
         return error;
     }
-    posix_spawnattr_t attributes; // a child must not inherit the signals that are ignored here
+    posix_spawnattr_t attributes; // a child would inherit the signals that are ignored here
     ::posix_spawnattr_init(&attributes);
     sigset_t defaults;
     ::sigemptyset(&defaults);
@@ -55,7 +56,7 @@ int Spawn(pid_t* pid, std::string const& program, char const* argument, int outp
     return error;
 }
 
-/// Waits for a child's end; its wait status, or -1.
+/// Waits until a child ends. Returns its wait status, or -1.
 int WaitFor(pid_t pid)
 {
     int status = -1;
@@ -67,7 +68,8 @@ int WaitFor(pid_t pid)
     return status;
 }
 
-/// The value in a line `key=value` or `key="value"`, or null data if the line is another key's.
+/// Returns the value in a line `key=value` or `key="value"`. Returns a view with null data if the
+/// line does not have that key.
 std::string_view ValueInLine(std::string_view line, std::string_view key)
 {
     if (!line.starts_with(key) || !line.substr(key.size()).starts_with('=')) {
@@ -80,7 +82,7 @@ std::string_view ValueInLine(std::string_view line, std::string_view key)
     return value;
 }
 
-/// Copies text into a buffer of `size` bytes, cut and ended by a NUL.
+/// Copies text into a buffer of `size` bytes, cut if necessary and NUL-terminated.
 void CopyCut(std::string_view text, char* buffer, std::size_t size)
 {
     if (size > 0) {
@@ -127,7 +129,7 @@ FILE* KDLIBCPopen(char const* path, char const* mode, char const* arg)
     }
     FILE* const stream = ::fdopen(reading.Get(), "r");
     if (stream == nullptr) {
-        reading.Close(); // ends the child's output, so that the wait for it ends
+        reading.Close(); // otherwise a child that writes could block, and the wait would not end
         WaitFor(pid);
         return nullptr;
     }

@@ -1,4 +1,4 @@
-/// @file Days and weekdays through the C library's time zone.
+/// @file Days and weekdays in the C library's local time zone.
 #include "platform/standin/local_calendar.h"
 
 #include <cstdlib>

@@ -8,16 +8,17 @@
 
 namespace standin {
 
-/// Epoch seconds broken down to local wall-clock time.
+/// Converts epoch seconds to local wall-clock time.
 std::tm LocalTime(std::time_t time);
 
-/// The local day of a broken-down time, as a day of the civil calendar.
+/// Returns the calendar day of a local wall-clock time.
 std::chrono::sys_days DayOf(std::tm const& local);
 
-/// Reads YYYY-MM-DD; none if the text is no existing date.
+/// Parses a date YYYY-MM-DD. Returns none if the text is malformed or the date does not exist.
 std::optional<std::chrono::sys_days> ParseDate(char const* text);
 
-/// Seven flags, Sunday first, from comma-separated numbers: 1 is selected, all else is not.
+/// Parses comma-separated weekday flags. Returns seven flags, Sunday first. Only the number 1
+/// selects a day; missing flags do not.
 std::array<bool, 7> ParseWeekdays(char const* text);
 
 } // namespace standin

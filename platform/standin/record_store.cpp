@@ -6,7 +6,10 @@
 #include "platform/standin/documents.h"
 #include "tremolane/recording_service.h"
 
+#include <syslog.h>
+
 #include <cerrno>
+#include <cstring>
 
 namespace standin {
 
@@ -14,13 +17,18 @@ using namespace appliance;
 
 int LoadRecords(std::string const& path, Json::Value& records, ElementHook const& hook)
 {
-    if (LoadDocument(path, records, hook) == Load::kUnreadable) {
-        return EIO;
-    }
-    if (records.isNull()) {
+    Load const result = LoadDocument(path, records, hook);
+    if (records.isNull() && (result == Load::kLoaded || result == Load::kMissing)) {
         records = Json::Value(Json::arrayValue);
     }
-    return records.isArray() ? 0 : EIO;
+    if (records.isArray()) {
+        return 0;
+    }
+    char const* const reason = result == Load::kUnreadable ? std::strerror(errno)
+                               : result == Load::kNotJson  ? "it is not JSON"
+                                                           : "it holds no array";
+    ::syslog(LOG_ERR, "cannot load %s: %s", path.c_str(), reason);
+    return EIO;
 }
 
 bool ChangeRecords(Json::Value& out, std::string const& path,
@@ -32,6 +40,7 @@ bool ChangeRecords(Json::Value& out, std::string const& path,
         error = change(records);
     }
     if (error == 0 && !ReplaceFile(path, records)) {
+        ::syslog(LOG_ERR, "cannot save %s: %s", path.c_str(), std::strerror(errno));
         error = EIO;
     }
     return SetErrno(out, error == kUnchanged ? 0 : error);

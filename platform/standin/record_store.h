@@ -11,7 +11,7 @@
 namespace standin {
 
 /// Loads a store. Returns 0 and an array, which is empty if there is no file or it holds null;
-/// otherwise EIO. `hook` is called for each element as by ParseJson().
+/// otherwise EIO, with the reason logged. `hook` is called for each element as by ParseJson().
 int LoadRecords(std::string const& path, Json::Value& records, ElementHook const& hook = {});
 
 /// Changes a store. `change` edits the records and returns 0 to have them saved, kUnchanged to

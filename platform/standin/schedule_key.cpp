@@ -1,4 +1,4 @@
-/// @file Parsing channel ids and start texts: decimal digits, within 32 bits.
+/// @file Parsing channel ids and start texts, which are 32-bit decimal integers without a sign.
 #include "platform/standin/schedule_key.h"
 
 #include "platform/records.h"
@@ -9,6 +9,7 @@
 
 namespace {
 
+/// Parses a whole text of decimal digits. Returns none if it is malformed or too large.
 std::optional<int> ParseDigits(std::string_view text)
 {
     int value = 0;

@@ -8,7 +8,7 @@
 
 namespace standin {
 
-/// A channel and a start.
+/// The channel and the start of a schedule.
 struct ScheduleKey {
     int service;
     std::optional<int> frequency; ///< none if the channel id is in the plain form

@@ -19,6 +19,7 @@
 #include <charconv>
 #include <csignal>
 #include <cstring>
+#include <ctime>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -35,7 +36,7 @@ constexpr char kJournal[] = PACKAGE_FOLDER "/.schedules.journal";
 /// Longer than the slowest change takes by far, shorter than web servers wait for a CGI program.
 constexpr int kLockSeconds = 10;
 
-Transaction* g_current = nullptr;
+Transaction* current = nullptr; ///< the transaction in progress
 
 /// A file of the journal; `old` is none if it did not exist.
 struct OldVersion {
@@ -43,31 +44,44 @@ struct OldVersion {
     std::optional<std::string_view> old;
 };
 
-/// Whether an open file is a regular one of this process's user that nobody else can write. Other
-/// users who can write to the folder must not hold requests up or have files restored.
-bool IsOwn(int fd)
-{
-    struct stat info {};
-    bool const isOwn = ::fstat(fd, &info) == 0 && S_ISREG(info.st_mode) &&
-                       (info.st_uid == ::geteuid() || ::geteuid() == 0) &&
-                       (info.st_mode & (S_IWGRP | S_IWOTH)) == 0;
-    errno = EPERM;
-    return isOwn;
-}
-
+/// Opens a file of the package's folder that only this system's user, or the owner of the folder,
+/// can have written. Other users who can write to the folder must not hold requests up or have
+/// files restored.
 UniqueFd OpenOwn(char const* path, int flags)
 {
     constexpr mode_t kMode = 0600;
     UniqueFd fd(::open(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | flags, kMode));
-    return fd && IsOwn(fd.Get()) ? std::move(fd) : UniqueFd();
+    struct stat info {};
+    struct stat folder {};
+    if (!fd || ::fstat(fd.Get(), &info) != 0 || ::stat(kFolder, &folder) != 0) {
+        return UniqueFd();
+    }
+    bool const isTrusted = info.st_uid == ::geteuid() || info.st_uid == folder.st_uid;
+    if (!S_ISREG(info.st_mode) || !isTrusted || (info.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
+        errno = EPERM;
+        return UniqueFd();
+    }
+    return fd;
 }
 
-/// Waits for the exclusive lock; false with errno set to EINTR when the time is over.
+/// Returns whether an open file is still the one at `path`.
+bool IsStillAt(int fd, char const* path)
+{
+    struct stat opened {};
+    struct stat named {};
+    return ::fstat(fd, &opened) == 0 && ::lstat(path, &named) == 0 &&
+           opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+}
+
+/// Waits for the exclusive lock. Returns false with errno set to EINTR when the time is over.
 bool LockInTime(int fd)
 {
     struct sigaction interrupt {};
     interrupt.sa_handler = [](int) {}; // without SA_RESTART: flock() returns
     ::sigaction(SIGALRM, &interrupt, nullptr);
+    sigset_t alarm{};
+    ::sigaddset(&alarm, SIGALRM);
+    ::sigprocmask(SIG_UNBLOCK, &alarm, nullptr);
     itimerval timer{{1, 0}, {kLockSeconds, 0}}; // repeats, should it expire just before flock()
     ::setitimer(ITIMER_REAL, &timer, nullptr);
     bool const isLocked = ::flock(fd, LOCK_EX) == 0;
@@ -81,6 +95,15 @@ bool LockInTime(int fd)
 void LogFailure(char const* what, char const* path)
 {
     ::syslog(LOG_ERR, "%s %s: %s", what, path, std::strerror(errno));
+}
+
+void LogLockFailure()
+{
+    if (errno == EINTR) {
+        ::syslog(LOG_ERR, "another request has held %s for %d seconds", kLock, kLockSeconds);
+    } else {
+        LogFailure("cannot lock", kLock);
+    }
 }
 
 /// Reads the journal's entries; none if the text is no journal.
@@ -108,8 +131,18 @@ std::optional<std::vector<OldVersion>> ParseJournal(std::string_view text)
     return files;
 }
 
-bool Restore(OldVersion const& file)
+/// Restores a file, unless it was changed long after the journal was written: that was not the
+/// request that left the journal, and what somebody else has stored since must not be lost.
+bool Restore(OldVersion const& file, std::time_t journalTime)
 {
+    constexpr int kLongestRequest = 60; // seconds
+    struct stat info {};
+    RemoveTemporaryOf(file.path);
+    if (::stat(file.path.c_str(), &info) == 0 && info.st_mtime > journalTime + kLongestRequest) {
+        ::syslog(LOG_WARNING, "%s was changed after the unfinished request and is kept",
+                 file.path.c_str());
+        return true;
+    }
     if (file.old) {
         return WriteWholeFile(file.path, *file.old);
     }
@@ -118,15 +151,16 @@ bool Restore(OldVersion const& file)
 
 bool RestoreAll(int journal)
 {
+    struct stat info {};
     std::string text;
-    if (!ReadToEnd(journal, text)) {
+    if (::fstat(journal, &info) != 0 || !ReadToEnd(journal, text)) {
         return false;
     }
     auto const files = ParseJournal(text);
     errno = EINVAL;
     bool areRestored = files.has_value();
     for (std::size_t i = 0; areRestored && i < files->size(); ++i) {
-        areRestored = Restore((*files)[i]);
+        areRestored = Restore((*files)[i], info.st_mtime);
     }
     return areRestored;
 }
@@ -144,44 +178,46 @@ bool DeleteJournal()
 
 Transaction::~Transaction()
 {
-    if (g_current == this) {
-        g_current = nullptr;
+    if (current == this) {
+        current = nullptr;
     }
 }
 
 bool Transaction::Begin()
 {
-    m_lock = OpenOwn(kLock, O_CREAT);
-    if (!m_lock && (errno == ENOENT || errno == ENOTDIR)) {
-        return true; // without the package's folder no file can be replaced
-    }
-    if (!m_lock || !LockInTime(m_lock.Get())) {
-        LogFailure(errno == EINTR ? "another request holds for too long" : "cannot lock", kLock);
-        return false;
-    }
-    g_current = this;
+    do { // a lock on a file that somebody has deleted meanwhile keeps nobody out
+        m_lock = OpenOwn(kLock, O_CREAT);
+        if (!m_lock && (errno == ENOENT || errno == ENOTDIR)) {
+            return true; // without the package's folder no file can be replaced
+        }
+        if (!m_lock || !GiveToOwnerOfFolder(m_lock.Get(), kLock) || !LockInTime(m_lock.Get())) {
+            LogLockFailure();
+            return false;
+        }
+    } while (!IsStillAt(m_lock.Get(), kLock));
+    current = this;
     ForgetDeviceFailure();
     return RollBack();
 }
 
 bool Transaction::Commit()
 {
-    if (HasDeviceFailed()) { // what the request has read or saved may be anything
-        ::syslog(LOG_ERR, "a device failed during the request");
+    if (HasDeviceFailed()) {
+        ::syslog(LOG_ERR, "a device failed or is full: the request is rolled back");
         RollBack();
         return false;
     }
-    g_current = nullptr;
+    current = nullptr;
     return m_journal.empty() || DeleteJournal();
 }
 
 bool Transaction::RollBack()
 {
-    Transaction* const current = std::exchange(g_current, nullptr); // a restore is not journaled
+    Transaction* const suspended = std::exchange(current, nullptr); // a restore is not journaled
     RemoveTemporaryOf(kJournal);
     UniqueFd const journal = OpenOwn(kJournal, 0);
     if (!journal && errno == ENOENT) {
-        g_current = current;
+        current = suspended;
         return true;
     }
     if (!journal || !RestoreAll(journal.Get())) {
@@ -192,16 +228,17 @@ bool Transaction::RollBack()
     ::syslog(LOG_WARNING, "rolled back an unfinished request");
     m_journal.clear();
     m_kept.clear();
-    g_current = current;
+    current = suspended;
     return DeleteJournal();
 }
 
 bool Transaction::KeepOldVersion(std::string const& path)
 {
-    if (g_current == nullptr || !path.starts_with(kFolder) || g_current->m_kept.contains(path)) {
+    if (current == nullptr || current->m_savesOnce || !path.starts_with(kFolder) ||
+        current->m_kept.contains(path)) {
         return true;
     }
-    return g_current->AppendToJournal(path);
+    return current->AppendToJournal(path);
 }
 
 bool Transaction::AppendToJournal(std::string const& path)
@@ -215,7 +252,8 @@ bool Transaction::AppendToJournal(std::string const& path)
     std::string const size = isMissing ? "-1" : std::to_string(content.size());
     std::string journal = m_journal;
     journal += size + ' ' + path.substr(sizeof kFolder - 1) + '\n' + content;
-    if (!WriteWholeFile(kJournal, journal)) {
+    constexpr unsigned kMode = 0600; // a store may be as private
+    if (!WriteWholeFile(kJournal, journal, kMode)) {
         return false;
     }
     m_journal = std::move(journal);

@@ -19,7 +19,9 @@ namespace standin {
 /// files as they stand.
 class Transaction {
 public:
-    Transaction() = default;
+    /// `savesOnce`: the request replaces one file at most, once. That is all or nothing by itself,
+    /// so it needs no journal, which costs three waits for the disk.
+    explicit Transaction(bool savesOnce) : m_savesOnce(savesOnce) {}
     ~Transaction();
     Transaction(Transaction const&) = delete;
     Transaction& operator=(Transaction const&) = delete;
@@ -28,8 +30,8 @@ public:
     /// false the reason was logged, and no file may be changed.
     bool Begin();
 
-    /// Makes the changes final. False, and logged, if they are not: because a device failed during
-    /// the request, in which case they are rolled back, or because the journal could not be deleted
+    /// Makes the changes final. False, and logged, if they are not: because a device failed or is
+    /// full, in which case they are rolled back, or because the journal could not be deleted
     /// durably, in which case the next request may roll them back.
     bool Commit();
 
@@ -45,6 +47,7 @@ public:
 private:
     bool AppendToJournal(std::string const& path);
 
+    bool m_savesOnce;
     UniqueFd m_lock;
     std::string m_journal;        ///< the text of the journal; empty if nothing was replaced yet
     std::set<std::string> m_kept; ///< the paths whose old version it holds

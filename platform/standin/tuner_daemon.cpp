@@ -1,22 +1,32 @@
-/// @file The tuner daemon, reached through its control file: a line is a command.
+/// @file Commanding the tuner daemon through its control file, which has one command a line.
 #include "tremolane/tuner_daemon.h"
 
 #include "platform/appliance_paths.h"
 #include "platform/standin/unique_fd.h"
 
 #include <fcntl.h>
+#include <syslog.h>
 
+#include <cerrno>
+#include <cstring>
 #include <string>
 
 namespace {
 
-/// Appends one command. One write in append mode, so that commands of two requests never mix.
+/// Appends one command with a single write in append mode, so that the commands of concurrent
+/// requests never mix. Returns false on failure.
 bool Command(std::string const& line)
 {
     constexpr mode_t kMode = 0644;
     standin::UniqueFd const fd(::open(
         appliance::kDaemonCommands, O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_CLOEXEC, kMode));
-    return fd && ::write(fd.Get(), line.data(), line.size()) == static_cast<ssize_t>(line.size());
+    bool const isWritten =
+        fd && ::write(fd.Get(), line.data(), line.size()) == static_cast<ssize_t>(line.size());
+    if (!isWritten) {
+        ::syslog(LOG_ERR, "cannot tell the tuner daemon by %s: %s", appliance::kDaemonCommands,
+                 std::strerror(errno));
+    }
+    return isWritten;
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-/// @file A file descriptor that closes itself.
+/// @file Ownership of a file descriptor.
 #pragma once
 
 #include <unistd.h>
@@ -7,7 +7,7 @@
 
 namespace standin {
 
-/// Owns one descriptor; -1 is none.
+/// Owns a file descriptor and closes it in the destructor. -1 means none.
 class UniqueFd {
 public:
     explicit UniqueFd(int fd = -1) : m_fd(fd) {}
@@ -22,10 +22,15 @@ public:
     int Get() const { return m_fd; }
     explicit operator bool() const { return m_fd >= 0; }
 
-    /// Closes early; false if the kernel reports a failed write this late.
-    bool Close() { return m_fd < 0 || ::close(std::exchange(m_fd, -1)) == 0; }
+    /// Closes the descriptor, if there is one, before the destructor does.
+    void Close()
+    {
+        if (m_fd >= 0) {
+            ::close(std::exchange(m_fd, -1));
+        }
+    }
 
-    /// Gives the descriptor away.
+    /// Returns the descriptor and gives up its ownership.
     int Release() { return std::exchange(m_fd, -1); }
 
 private:

@@ -1,4 +1,4 @@
-/// @file The user-defined records as the recording service reads them: parsed once, found by key.
+/// @file Looking up user-defined records: the file is parsed once and indexed by start and tuner.
 #include "platform/appliance_paths.h"
 #include "platform/record_members.h"
 #include "platform/records.h"
@@ -19,14 +19,15 @@ namespace {
 using namespace appliance;
 using standin::UniqueFd;
 
-/// The parsed user-defined file, current for as long as the file on disk has not changed. The file
-/// stays open, and fstat() shows a file that was written, replaced, renamed or removed by its size,
-/// change time or link count. Looking the path up for every schedule of a page would cost more than
-/// the look-ups themselves. A symbolic link that this process has replaced by a file leaves the
-/// open file unchanged, so saves of this process count as a change too.
+/// An index of the user-defined file, which is parsed again when the file on disk changes.
+///
+/// The file stays open. A file that was written, replaced, renamed or removed shows in fstat() by
+/// its size, change time or link count. Resolving the path for every schedule of a page would cost
+/// more than the look-ups themselves. If this process replaces a symbolic link by a file, the open
+/// file does not change; therefore every save by this process also counts as a change.
 class UserDefineIndex {
 public:
-    /// Parses the file unless this is what stands on disk.
+    /// Parses the file again if it may have changed on disk.
     void Refresh()
     {
         struct stat info {};
@@ -49,7 +50,7 @@ public:
         m_saves = standin::SavesOfThisProcess();
     }
 
-    /// The position of the first record of that pair, or -1.
+    /// Returns the position of the first record with that start and tuner, or -1.
     int Find(int start, int tuner) const
     {
         auto const found = m_positions.find(Key(start, tuner));

@@ -1,8 +1,11 @@
 /// @file The life of a request: read, authorise, process, answer.
 #include "kald/web_api.h"
 
+#include "platform/environment.h"
 #include "platform/standin/accounts.h"
 #include "platform/standin/answer.h"
+#include "platform/standin/request_body.h"
+#include "platform/standin/same_origin.h"
 #include "platform/standin/transaction.h"
 
 #include <fcntl.h>
@@ -10,6 +13,7 @@
 #include <syslog.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -21,6 +25,7 @@ namespace KALD {
 namespace {
 
 constexpr int kAuthorized = 1;
+constexpr int kRefused = 0;
 constexpr int kNoLogin = -1;
 constexpr int kLocked = -3;
 
@@ -32,6 +37,31 @@ bool IsReading(char const* method)
 {
     constexpr char kInfo[] = "getinfo_";
     return ::strcasecmp(method, "list") == 0 || ::strncasecmp(method, kInfo, sizeof kInfo - 1) == 0;
+}
+
+/// Returns whether a method replaces one stored file at most, once. A `create` does so for one
+/// channel, but not for a list of them.
+bool SavesOnce(char const* method, bool isList)
+{
+    if (::strcasecmp(method, "create") == 0) {
+        return !isList;
+    }
+    constexpr char const* kMethods[] = {"delete", "delete_passed", "create_repeat", "edit_repeat",
+                                        "delete_repeat"};
+    return std::ranges::any_of(
+        kMethods, [method](char const* name) { return ::strcasecmp(method, name) == 0; });
+}
+
+/// Returns null if the HTTP method may be used for an API method, otherwise the list of those that
+/// may. A HEAD request must not change anything (RFC 9110). A program that is started without a web
+/// server has no HTTP method.
+char const* AllowedInsteadOf(std::string const& httpMethod, char const* method)
+{
+    if (httpMethod.empty() || httpMethod == "GET" || httpMethod == "POST" ||
+        (httpMethod == "HEAD" && IsReading(method))) {
+        return nullptr;
+    }
+    return IsReading(method) ? "GET, HEAD, POST" : "GET, POST";
 }
 
 /// Opens /dev/null on those of the descriptors 0 to 2 that are closed, so that no stored file is
@@ -57,7 +87,14 @@ int WebAPI::CheckAuthorized()
     if (login.empty()) {
         return kNoLogin;
     }
-    return standin::IsLocked(login) ? kLocked : kAuthorized;
+    if (standin::IsLocked(login)) {
+        return kLocked;
+    }
+    if (!IsReading(m_request.m_methodName) && standin::IsForeignRequest()) {
+        ::syslog(LOG_WARNING, "refused a change that a page of another site or origin has sent");
+        return kRefused;
+    }
+    return kAuthorized;
 }
 
 int WebAPI::CheckSharingPermission()
@@ -87,10 +124,6 @@ void WebAPI::SetError(int code)
 
 void WebAPI::RunRequest()
 {
-    if (!m_request.Read()) {
-        SetError(kErrorBadRequest);
-        return;
-    }
     if (CheckAuthorized() != 0) {
         RunProcess();
     }
@@ -102,7 +135,8 @@ void WebAPI::RunProcess()
         Process();
         return;
     }
-    standin::Transaction transaction;
+    bool const isList = std::strchr(m_request.In("id", ""), ',') != nullptr;
+    standin::Transaction transaction(SavesOnce(m_request.m_methodName, isList));
     if (!transaction.Begin()) {
         SetError(kErrorFailed);
         return;
@@ -120,13 +154,22 @@ void WebAPI::RunProcess()
 
 bool WebAPI::RunGuarded()
 {
+    std::string const httpMethod = appliance::Environment("REQUEST_METHOD");
+    bool const isHead = httpMethod == "HEAD";
     try {
-        RunRequest();
+        if (!m_request.Read()) {
+            SetError(kErrorBadRequest);
+        } else if (char const* const allowed =
+                       AllowedInsteadOf(httpMethod, m_request.m_methodName)) {
+            return standin::SendMethodNotAllowed(STDOUT_FILENO, allowed);
+        } else {
+            RunRequest();
+        }
     } catch (std::exception const& error) {
         ::syslog(LOG_ERR, "request failed: %s", error.what());
         SetError(kErrorFailed);
     }
-    return standin::SendAnswer(STDOUT_FILENO, m_errors, m_response);
+    return standin::SendAnswer(STDOUT_FILENO, m_errors, m_response, !isHead);
 }
 
 void WebAPI::Run()
@@ -147,6 +190,7 @@ void WebAPI::Run()
     if (!isSent) {
         ::syslog(LOG_ERR, "failed to send the answer: %s", std::strerror(errno));
     }
+    standin::DiscardRestOfBody();
 }
 
 } // namespace KALD

@@ -1,4 +1,4 @@
-/// @file Conversions of request texts.
+/// @file Converting the texts of request parameters.
 #include "kald/web_api_util.h"
 
 #include <strings.h>

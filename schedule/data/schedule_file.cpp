@@ -3,7 +3,7 @@
 
 #include "kald/web_utils.h"
 
-#include <unistd.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 
@@ -11,7 +11,9 @@ RecordFile LoadRecordFile(Json::Value& records, std::string const& path)
 {
     records = Json::Value();
     if (!WebUtils::LoadJsonFile(records, path.c_str())) {
-        bool const isMissing = ::access(path.c_str(), F_OK) != 0 && errno == ENOENT;
+        // A dangling link is not missing: its target may come back with the volume that holds it.
+        struct stat info {};
+        bool const isMissing = ::lstat(path.c_str(), &info) != 0 && errno == ENOENT;
         return isMissing ? RecordFile::kMissing : RecordFile::kUnreadable;
     }
     if (!records.isArray() && !records.isNull()) {

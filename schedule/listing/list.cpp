@@ -105,7 +105,7 @@ struct StartTimeOrder {
 
 void WriteNode(ScheduleNode& node, NodeMembers<Json::Value> const& to, Json::Value& element)
 {
-    std::string primeId = std::to_string(node.start_time) + '.' + node.id.asString() + '.' +
+    std::string primeId = std::to_string(node.start_time) + '.' + node.id.asCString() + '.' +
                           std::to_string(node.status);
     primeId.resize(std::min(primeId.size(), kPrimeIdLength));
     to.start_time = node.start_time;

@@ -11,12 +11,13 @@
 #include "schedule/userdefine/userdefine_file.h"
 #include "tremolane/recording_service.h"
 
+#include <set>
 #include <utility>
 #include <vector>
 
 namespace {
 
-constexpr int kNamesNone = 0;
+constexpr int kNamesNone = 0; ///< also the start of a text that is no number
 
 /// Returns the starts that a comma-separated list names, in its order.
 std::vector<int> ParseStarts(char const* text)
@@ -47,14 +48,17 @@ void ScheduleRecordingAPI::DeleteUserDefine()
         }
     } else {
         for (int const start : starts) {
-            if (KALDTremolane::ReadUserDefineFromFile(m_userDefineRecord, start, *tuner) >= 0) {
+            if (start != kNamesNone &&
+                KALDTremolane::ReadUserDefineFromFile(m_userDefineRecord, start, *tuner) >= 0) {
                 ScopedFlag const deleting(m_deleteOld);
                 DeleteRecordedSchedule();
             }
         }
         ReloadDaemon();
     }
-    RemoveUserDefineRecords({starts.begin(), starts.end()}, *tuner);
+    std::set<int> named(starts.begin(), starts.end());
+    named.erase(kNamesNone); // a damaged record can read as 0, too
+    RemoveUserDefineRecords(named, *tuner);
 }
 
 bool ScheduleRecordingAPI::DeleteRecordedSchedule()

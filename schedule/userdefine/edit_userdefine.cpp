@@ -82,25 +82,27 @@ StoredSchedules LoadSchedules(int tuner)
     return stored;
 }
 
-/// Excludes the records that `isOld` selects from the overlap test.
+/// Excludes the one-shot records that `isOld` selects from the overlap test.
 template <class Predicate>
-void Exclude(Json::Value& records, Predicate const& isOld)
+void ExcludeOneShots(Json::Value& oneShot, Predicate const& isOld)
 {
-    for (Json::Value& record : records) {
+    for (Json::Value& record : oneShot) {
         if (record.isObject() && isOld(record)) {
             record[member::kStartTime] = kExcludedStart;
         }
     }
 }
 
-/// Returns the start of the one-shot schedule that was generated last from the repeat schedules
-/// that begin at `start`, or 0. Of several the last one counts.
-int LastGeneratedStart(Json::Value const& repeat, int start)
+/// Excludes the repeat schedules that begin at `start`. Returns the start of the one-shot schedule
+/// that was generated last from the last of them, or 0.
+int ExcludeRepeats(Json::Value& repeat, int start)
 {
     int lastGeneratedStart = 0;
-    for (Json::Value const& record : repeat) {
+    for (Json::Value& record : repeat) {
         if (record.isObject() && IntOf(record, member::kStartTime) == start) {
             lastGeneratedStart = IntOf(record, member::kLastCreateTime);
+            record[member::kStartTime] = kExcludedStart;
+            record[member::kLastCreateTime] = 0;
         }
     }
     return lastGeneratedStart;
@@ -122,15 +124,13 @@ bool IsGeneratedBy(Json::Value const& record, std::string const& channelId, int 
 void ExcludeOldSchedule(Json::Value const& old, StoredSchedules& stored)
 {
     int const start = IntOf(old, member::kStartTime);
-    auto const isOld = [start](Json::Value const& record) {
-        return IntOf(record, member::kStartTime) == start;
-    };
     if (!FlagOf(old, member::kIsRepeat)) {
-        Exclude(stored.oneShot, isOld);
+        ExcludeOneShots(stored.oneShot, [start](Json::Value const& record) {
+            return IntOf(record, member::kStartTime) == start;
+        });
         return;
     }
-    int const lastGeneratedStart = LastGeneratedStart(stored.repeat, start);
-    Exclude(stored.repeat, isOld);
+    int const lastGeneratedStart = ExcludeRepeats(stored.repeat, start);
     std::string const channelId = TextOf(old, member::kChannelId);
     auto const isGenerated = [&](Json::Value const& record) {
         return IsGeneratedBy(record, channelId, lastGeneratedStart);
@@ -142,7 +142,7 @@ void ExcludeOldSchedule(Json::Value const& old, StoredSchedules& stored)
         if (stored.remaining.empty()) {
             stored.remaining = Json::Value();
         }
-        Exclude(stored.oneShot, isGenerated);
+        ExcludeOneShots(stored.oneShot, isGenerated);
     }
 }
 

@@ -3,14 +3,15 @@
 
 #include <cstdint>
 
-/// The head of a user record.
+/// The first members of a user record.
 struct KALDUser {
     std::uint32_t gid;
-    std::uint32_t uid; ///< all ones: the record has no uid
+    std::uint32_t uid; ///< all ones if the record has no uid
 };
 
-/// Looks an account up by name. 0 and a record that the caller gives to KALDUserFree, or -1.
+/// Looks up an account by name. Returns 0 and a record that the caller releases with
+/// KALDUserFree(), or -1 on failure.
 int KALDUserGet(char const* name, KALDUser** out);
 
-/// Releases a record of KALDUserGet. Never given null.
+/// Releases a record from KALDUserGet(). `user` is never null.
 void KALDUserFree(KALDUser* user);

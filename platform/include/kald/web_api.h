@@ -1,4 +1,4 @@
-/// @file The Web API framework's classes: one request, and the object that answers it.
+/// @file The classes of the Web API framework: a request, and the base of what answers it.
 #pragma once
 
 #include <json/value.h>
@@ -8,7 +8,7 @@
 
 namespace KALD {
 
-/// The request as the framework has read it: its parameters, its method name and its login.
+/// A request as the framework has read it: its parameters, method name and login.
 class WebCGI {
 public:
     WebCGI();
@@ -16,60 +16,60 @@ public:
     WebCGI(WebCGI const&) = delete;
     WebCGI& operator=(WebCGI const&) = delete;
 
-    /// The text of the parameter `name`, or `fallback` if the request does not carry it; a null
-    /// fallback therefore tells absence from empty text. Owned by the request, valid until it ends.
+    /// Returns the text of the parameter `name`, or `fallback` if the request does not have it. A
+    /// null fallback thus distinguishes a missing parameter from empty text. The request owns the
+    /// text; it is valid until the request ends.
     char const* In(char const* name, char const* fallback);
 
-    /// The name under which the web server has authenticated the client; empty without a login.
+    /// Returns the name as which the web server authenticated the client; empty without a login.
     std::string GetLoginUserName() const;
 
-    /// Non-zero if the login user is an administrator of the appliance.
+    /// Returns non-zero if the login user is an administrator of the appliance.
     int IsAdmin() const;
 
-    /// The method name as the client sent it, NUL-terminated, never null. Read, never written.
+    /// The method name as the client sent it, NUL-terminated, never null. Read-only.
     char const* m_methodName = "";
 
 private:
     friend class WebAPI;
     class Request;
 
-    /// Reads the request from the CGI environment; false if it is malformed.
+    /// Reads the request from the CGI environment. Returns false if it is malformed.
     bool Read();
-
-    /// Adds the parameters of a form in the body of a POST; false if the body is malformed.
-    bool ReadForm();
 
     std::unique_ptr<Request> m_request;
 };
 
-/// Base of every Web API class: runs one request and answers it with what was recorded.
+/// Base of every Web API class. Runs one request and answers with what was recorded for it.
 class WebAPI {
 public:
-    /// `apiFile` names the API's description, `group` the package it belongs to.
+    /// `apiFile` is the file that describes the API; `group` is the package to which it belongs.
     WebAPI(char const* apiFile, char const* group);
     virtual ~WebAPI();
     WebAPI(WebAPI const&) = delete;
     WebAPI& operator=(WebAPI const&) = delete;
 
-    /// The request handler.
+    /// Handles the request.
     virtual void Process() = 0;
 
-    /// Above 0: authorised. -1: no login. -3: the account is locked. Any other value: refused.
+    /// Returns a positive value if the request is authorised, -1 if there is no login, -3 if the
+    /// account is locked, and any other value if the request is refused for another reason.
     virtual int CheckAuthorized();
 
-    // Not called here; they hold their places in the table of virtual functions.
+    // Not called here. They are declared because they have entries in the virtual function table.
     virtual int CheckSharingPermission();
     virtual int CheckSharingAppPermission();
     virtual int HandleUploadFile();
 
-    /// Records the response data. The content of `response` is moved out of it.
+    /// Records the response data, which is moved out of `response`.
     virtual void SetResponse(Json::Value& response);
 
-    /// Reads the request, asks CheckAuthorized(), then Process() if that gave non-zero, and answers
-    /// with what was recorded; nothing recorded is a plain success.
+    /// Reads the request, calls CheckAuthorized() and, if that returns non-zero, Process(). Then
+    /// answers with what was recorded. If nothing was recorded, the answer is a plain success.
     void Run();
 
-    /// Records an error code. Of several codes the first one is answered: it is the cause.
+    /// Records an error code. If several are recorded, the answer carries the first, which is the
+    /// cause of the others.
     void SetError(int code);
 
 protected:
@@ -78,14 +78,14 @@ protected:
     Json::Value m_response; ///< the recorded response data; null if none
 
 private:
-    /// Reads, authorises, processes.
+    /// Reads, authorises and processes the request.
     void RunRequest();
 
-    /// Calls Process(), for a changing method with the exclusive right to change stored files.
+    /// Calls Process(). A method that changes stored files runs in an exclusive transaction.
     void RunProcess();
 
-    /// Runs the request and answers it. An exception that leaves it is recorded as an error.
-    /// Returns whether the answer was sent.
+    /// Runs the request and answers it. An exception that escapes from the request is recorded as
+    /// an error. Returns whether the answer was sent.
     bool RunGuarded();
 };
 

@@ -1,18 +1,19 @@
-/// @file Conversions of request texts.
+/// @file Converting the texts of request parameters.
 #pragma once
 
 #include <json/value.h>
 
 namespace KALD::WebAPIUtil {
 
-/// Reads a decimal integer with an optional sign, the whole text, within 32 bits. False, and
-/// `*value` untouched, if it is none.
+/// Parses the whole text as a 32-bit decimal integer with an optional sign. Returns false and
+/// leaves `*value` untouched if it is none.
 bool ParseInt(char const* text, int* value);
 
-/// Reads "true" or "false" in any case of letters. False, and `*value` untouched, if it is neither.
+/// Parses "true" or "false", case-insensitively. Returns false and leaves `*value` untouched if it
+/// is neither.
 bool ParseBool(char const* text, bool* value);
 
-/// The pieces of `text` between the separators, as an array of strings; empty for empty text.
+/// Splits `text` at each `separator`. Returns an array of strings, which is empty for empty text.
 Json::Value ParseToArray(char const* text, char const* separator);
 
 } // namespace KALD::WebAPIUtil

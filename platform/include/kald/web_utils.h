@@ -1,17 +1,18 @@
-/// @file JSON documents in files.
+/// @file Loading and saving JSON documents.
 #pragma once
 
 #include <json/value.h>
 
 namespace WebUtils {
 
-/// Loads a JSON file (RFC 8259). False, and `document` null, if it is missing, unreadable, empty,
-/// not what the JSON library reads without its extensions, or nested too deep.
+/// Loads a JSON file (RFC 8259). Returns false and a null `document` if the file is missing,
+/// unreadable, empty or malformed, or nested too deeply. Extensions of the JSON library, such as
+/// comments, count as malformed.
 bool LoadJsonFile(Json::Value& document, char const* path);
 
-/// Replaces a file by `document` in one line, durably and all or nothing. On false the file is as
-/// it was and nothing else is left beside it; only a file that was new or a link stays replaced if
-/// its folder does not reach the disk.
+/// Replaces a file by `document`, written in one line, atomically and durably. On failure returns
+/// false, leaves the file as it was, and leaves nothing else behind. One failure is not undone: if
+/// the file system cannot exchange two files and the folder cannot be synced, the new file stays.
 bool SaveJsonFile(Json::Value& document, char const* path);
 
 } // namespace WebUtils

@@ -1,11 +1,11 @@
-/// @file Questions about the file system.
+/// @file File system queries.
 #pragma once
 
 #include <string>
 
 namespace libtm::critical::fileop {
 
-/// Whether `path` is an existing folder.
+/// Returns whether `path` is an existing folder.
 bool DoesDirExist(std::string const& path);
 
 } // namespace libtm::critical::fileop

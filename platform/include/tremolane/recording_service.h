@@ -1,8 +1,9 @@
-/// @file The package's recording service: it owns the stored one-shot and repeat schedules.
+/// @file The package's recording service, which owns the stored one-shot and repeat schedules.
 ///
-/// Every store operation takes a fresh `out`, answers true on success, and on false may leave an
-/// integer member "errno" in it. `start` is epoch seconds in decimal text, `uid` the login uid in
-/// decimal text, a channel id the text "SERVICE@FREQUENCY" or "SERVICE".
+/// Every store operation takes an empty `out` and returns true on success. On failure it returns
+/// false and may set an integer member "errno" in `out`. Text parameters: `start` is in epoch
+/// seconds, `uid` is the uid of the login user, both in decimal. A channel id is
+/// "SERVICE@FREQUENCY", or "SERVICE" in the plain form.
 #pragma once
 
 #include <json/value.h>
@@ -11,13 +12,13 @@
 
 namespace KALDTremolane {
 
-/// `out` member "list": the tuner's one-shot schedules, an array.
+/// Stores the tuner's one-shot schedules as an array in the member "list" of `out`.
 bool GetSchedule(Json::Value& out, int tuner);
 
 /// Stores a one-shot schedule.
 bool AddSchedule(Json::Value& out, int tuner, std::string id, std::string start, char const* uid);
 
-/// Removes the one-shot schedule of that channel and start.
+/// Removes the one-shot schedule with that channel and start.
 bool DelSchedule(Json::Value& out, int tuner, char const* channelId, char const* start);
 
 /// Removes the one-shot schedules that have ended.
@@ -28,29 +29,31 @@ bool AddRepeatSchedule(Json::Value& out, int tuner, std::string const& id, char 
                        char const* uid, bool isWeekly, char const* weekdayStatus,
                        char const* endDate);
 
-/// Changes isweekly, weekdaystatus and end_date of the repeat record of that channel and start.
+/// Changes isweekly, weekdaystatus and end_date of the repeat record with that channel and start.
 bool EditRepeatSche(Json::Value& out, int tuner, std::string const& id, char const* start,
                     bool isWeekly, char const* weekdayStatus, char const* endDate);
 
-/// Sets seven ints, index 0 Sunday, 1 selected; returns the number of days, from today on, on which
-/// the rule can fall.
+/// Sets seven elements of `weekdays`, Sunday first, to 1 for a selected day. Returns how many days,
+/// counted from today, can have an occurrence of the repeat schedule.
 int GetRepeatLimitTime(int isWeekly, char const* weekdayStatus, char const* endDate, int* weekdays);
 
-/// Whether `duration` seconds from `start` on overlap a record of either schedule file. Records
-/// whose start_time is 0 do not count. The documents are only read.
+/// Returns whether a recording of `duration` seconds at `start` (epoch seconds) overlaps a record
+/// of either schedule file. Ignores records whose start_time is 0. Between calls with the same two
+/// documents the records must not change.
 bool TaskIsOverLap(int start, int duration, Json::Value& oneShot, Json::Value& repeat);
 
-/// The index in the user-defined file of the record with that start and tuner, and the record in
-/// `out`; negative, and `out` untouched, if there is none.
+/// Finds the record with that start (epoch seconds) and tuner in the user-defined file. Returns its
+/// index and a copy in `out`. Returns a negative value and leaves `out` untouched if there is none.
 int ReadUserDefineFromFile(Json::Value& out, int start, int tuner);
 
-/// Splits a channel id. 0 and both ints set (frequency 0 for the plain form), or -1 and neither.
+/// Splits a channel id. Returns 0 and sets both ints; the frequency of the plain form is 0. Returns
+/// -1 and sets neither if the id is malformed.
 int KALDVideoDTVParserUniqueId(char const* id, int* service, int* frequency);
 
-/// The path of a folder inside a share.
+/// Returns the path of a folder inside a share.
 std::string GetFullPath(std::string const& share, std::string const& subpath);
 
 } // namespace KALDTremolane
 
-/// The Web API error code for an errno of the operations above.
+/// Returns the Web API error code for an errno of the operations above.
 int MappErrorCode(int error);

@@ -1,9 +1,10 @@
 /// @file The client of the tuner daemon, which owns the running recordings.
 #pragma once
 
-/// Makes the daemon read the stored schedules again. False if it could not be told.
+/// Tells the daemon to reload the stored schedules. Returns false if the daemon cannot be reached.
 bool KALDDTVDReloadSchedule();
 
-/// Stops the recording of one schedule, successfully also if it is not running; with -1 three
-/// times, whatever the tuner records. `start` is epoch seconds. False if it could not be told.
+/// Tells the daemon to stop the recording of one schedule; it need not be running. If `start`,
+/// `frequency` and `service` are all -1, stops whatever the tuner records. `start` is in epoch
+/// seconds. Returns false if the daemon cannot be reached.
 bool KALDDTVDStopRecording(int tuner, int start, int frequency, int service);

@@ -1,0 +1,250 @@
+"""The page in a browser, which stands in another time zone than the appliance."""
+import base64
+import datetime
+import os
+import shutil
+import zoneinfo
+
+import pytest
+from conftest import SOURCE, Appliance, WebServer, case
+
+webdriver = pytest.importorskip("selenium.webdriver", reason="there is no python3-selenium")
+from selenium.common.exceptions import StaleElementReferenceException  # noqa: E402
+from selenium.webdriver.chrome.service import Service  # noqa: E402
+from selenium.webdriver.common.keys import Keys  # noqa: E402
+from selenium.webdriver.support.wait import WebDriverWait  # noqa: E402
+
+BERLIN, DAY = zoneinfo.ZoneInfo("Europe/Berlin"), datetime.timedelta(days=1)
+NOW = datetime.datetime.now(BERLIN).replace(tzinfo=None)
+TODAY = NOW.replace(hour=0, minute=0, second=0, microsecond=0)
+MARKUP = """<img src=x onerror="document.title='run'">"""
+BOXES = """
+    return [...document.querySelectorAll(".box")].map((box) => {
+      const list = box.closest("ol").getBoundingClientRect(), own = box.getBoundingClientRect();
+      const minute = 5 * Math.round((own.top - list.top) / list.height * 288);
+      const day = new Date(1000 * box.closest(".day").dataset.day).toISOString();
+      return [day.slice(0, 10), minute, box.querySelector(".title").textContent, box.className];
+    });"""
+FILL = """
+    const fields = document.querySelector("#recording form").elements;
+    for (const [name, value] of Object.entries(arguments[0])) {
+      if (name === "day") fields.day.forEach((one, day) => { one.checked = value[2 * day] > 0; });
+      else fields[name][typeof value === "boolean" ? "checked" : "value"] = value;
+    }
+    fields[0].form.dispatchEvent(new Event("input"));"""
+
+
+def start_of(record):
+    return datetime.datetime.fromtimestamp(record["start_time"], BERLIN).replace(tzinfo=None)
+
+
+@pytest.fixture(scope="module")
+def server(build, tmp_path_factory):
+    """A web server over a sample appliance in Berlin."""
+    folder = tmp_path_factory.mktemp("page")
+    program = folder / "schedule_recording"
+    program.write_text(f"#!/bin/sh\nTZ={BERLIN.key} exec {build.program}\n", encoding="ascii")
+    program.chmod(0o755)
+    with pytest.MonkeyPatch.context() as patch, WebServer(program, Appliance(build), folder) as web:
+        patch.setenv("TZ", BERLIN.key)  # for the sample
+        yield web
+
+
+@pytest.fixture(scope="module")
+def browser():
+    if not shutil.which("chromedriver") or not shutil.which("chromium"):
+        pytest.skip("there is no chromium with a chromedriver")
+    options = webdriver.ChromeOptions()
+    options.add_experimental_option("prefs", {"intl.accept_languages": "en-GB"})
+    for option in ("headless=new", "no-sandbox", "disable-dev-shm-usage"):
+        options.add_argument(f"--{option}")
+    environment = os.environ | {"TZ": "Asia/Kolkata", "LC_ALL": "C"}
+    with webdriver.Chrome(service=Service(env=environment), options=options) as chrome:
+        yield chrome
+
+
+class Page:
+    """What a person does with the page, and sees of it."""
+
+    def __init__(self, server, browser):
+        self.server, self.browser, self.stored = server, browser, server.appliance.stored
+        self.tell = browser.execute_cdp_cmd
+
+    def open(self, fragment="", login="viewer", width=1280):
+        word = base64.b64encode(f"{login}:{login}".encode()).decode()
+        self.tell("Network.enable", {})
+        self.tell("Network.setExtraHTTPHeaders", {"headers": {"Authorization": f"Basic {word}"}})
+        self.tell("Emulation.setDeviceMetricsOverride",
+                  {"width": width, "height": 900, "deviceScaleFactor": 1, "mobile": False})
+        self.browser.get("about:blank")
+        self.browser.get(f"{self.server.url}/#{fragment}")
+        self.see("main[aria-busy=false]")
+
+    def all(self, selector, words=""):
+        found = self.browser.find_elements("css selector", selector)
+        return [one for one in found if words in one.text]
+
+    def see(self, selector, words=""):
+        """Waits until there is such an element with these words, and answers it."""
+        waiting = WebDriverWait(self.browser, 5, 0.02, [StaleElementReferenceException])
+        return waiting.until(lambda _: self.all(selector, words))[0]
+
+    def change(self, row="", **fields):
+        """Opens the dialog for a row of the list, or for a new recording, and fills fields."""
+        self.see(*((".row", row) if row else ("#create",))).click()
+        self.see("#recording[open]")
+        self.browser.execute_script(FILL, fields)
+
+    def save(self):
+        self.see("#recording [type=submit]").click()
+        self.see("#done", "Saved")
+
+    def press(self, selector, answer):
+        """Presses a button, and answers the question that it asks."""
+        self.see(selector).click()
+        self.see("#question[open] button", answer).click()
+        self.see("main[aria-busy=false]")
+
+    def records(self):
+        """What is stored, as its local start, title, channel, length and rule."""
+        return {(start_of(record), record["title"], record.get("id", record.get("service_id")),
+                 record["duration"], *map(record.get, ("weekdaystatus", "end_date", "isweekly")))
+                for record in self.stored().one_shot + self.stored().repeat}
+
+
+@pytest.fixture
+def page(server, browser, request):
+    """The page over a fresh sample. If the test fails, a picture of it stays in build/."""
+    server.lay_sample()
+    failed = request.session.testsfailed
+    yield Page(server, browser)
+    if request.session.testsfailed > failed:
+        browser.save_screenshot(str(SOURCE / f"build/{request.node.name}.png"))
+
+
+def occurrences(stored, first):
+    """What the week from a day on holds: day, minute, title and whether it has passed."""
+    for record in stored.one_shot + stored.repeat:
+        start, flags = start_of(record), record.get("weekdaystatus", "1,1,1,1,1,1,1").split(",")
+        for day in (first + number * DAY for number in range(7)):
+            begin = datetime.datetime.combine(day, start.time())
+            last = datetime.datetime.max if "end_date" in record else start
+            if start <= begin <= last and flags[day.isoweekday() % 7] == "1":
+                yield (str(day.date()), 60 * begin.hour + begin.minute, record["title"],
+                       begin + datetime.timedelta(seconds=record["duration"]) <= NOW)
+
+
+def test_page_shows_the_weeks_of_the_sample(page):
+    page.open()
+    page.see(".box", "Sand and Stars")
+    for first in (TODAY - (TODAY.weekday() - days) * DAY for days in (0, 7)):
+        shown = {(*box[:3], "passed" in box[3]) for box in page.browser.execute_script(BOXES)}
+        assert shown == set(occurrences(page.stored(), first))
+        page.see("#next").click()
+
+
+@pytest.mark.parametrize("kind, title, is_repeat", [
+    case("one-shot", {"kind": "oneshot"}, "", False),
+    case("repeat", {"kind": "repeat"}, "", True),
+    case("user-defined", {"kind": "userdefine"}, MARKUP, False),
+    case("user-defined repeat", {"kind": "userdefine", "repeats": True}, MARKUP, True)])
+def test_page_creates_changes_and_deletes(page, kind, title, is_repeat):
+    page.open()
+    before, forms = page.records(), page.stored().user_defined
+    day, end = TODAY + 3 * DAY, str((TODAY + 12 * DAY).date())
+    flags = ",".join("01"[number == day.isoweekday() % 7] for number in range(7))
+    page.change(**kind | {"channel": "", "id": "9@8", "channel_name": "Nine", "time": "03:10"},
+                date=str(day.date()), title=title, duration="00:45", day="1,1,1,1,1,1,1")
+    for hour, minute, *rule in [(3, 10, "1,1,1,1,1,1,1", "1", True), (4, 20, flags, end, False)]:
+        page.save()
+        assert page.records() - before == {
+            (day.replace(hour=hour, minute=minute), title, 9, 2700 if title else 1800,
+             *(rule if is_repeat else (None, None, None)))}
+        page.change(title or "9@8", time="04:20", day=flags, endless=False, weekly=False, end=end)
+    page.press("#delete", "Cancel")
+    assert page.records() > before and page.browser.title == "Scheduled recordings"
+    page.press("#delete", "Delete")
+    assert (page.records(), page.stored().user_defined) == (before, forms)
+
+
+def test_page_names_and_marks_collisions(page):
+    day = (TODAY + 2 * DAY).date()
+    page.open(f"week={day}")
+    page.change(kind="userdefine", date=str(day), time="21:49", title="Late News", duration="01:00")
+    page.see("#collisions", "Collides with Die Uhrmacherin")
+    page.save()
+    picture = SOURCE / os.environ.get("WEEK_PICTURE", "build/week.png")
+    page.browser.save_screenshot(str(picture))
+    assert picture.stat().st_size <= 150_000
+    marked = [box[2] for box in page.browser.execute_script(BOXES) if "collides" in box[3]]
+    assert sorted(marked) == ["Die Uhrmacherin", "Late News"]
+    page.change("Late", time="21:50")
+    assert not page.all("#collisions", "Collides")
+
+
+def test_page_says_errors_in_words(page):
+    page.open(login="guest")
+    page.see("#alert", "Your account lacks the privilege")
+    page.open()
+    before = page.stored()
+    page.change("Chorprobe", date=str((TODAY + 4 * DAY).date()), time="21:30")
+    page.see("#recording [type=submit]").click()
+    page.see("#problem", "The new times overlap another recording")
+    assert page.stored() == before
+
+
+@pytest.mark.parametrize("kind", ["repeat", "userdefine"])
+def test_page_keeps_the_wanted_time_beyond_a_change_of_the_clocks(page, kind):
+    far = next(day for number in range(40, 365) if (day := TODAY + number * DAY).replace(
+        tzinfo=BERLIN).utcoffset() != NOW.replace(tzinfo=BERLIN).utcoffset())
+    page.open()
+    before = page.records()
+    page.change(kind=kind, date=str(far.date()), time="20:15", title="Far", day="1,1,1,1,1,1,1")
+    page.save()
+    assert [record[0] for record in page.records() - before] == [far.replace(hour=20, minute=15)]
+
+
+def test_page_works_by_keyboard(page):
+    page.open()
+    keys, wanted = webdriver.ActionChains(page.browser), TODAY + 3 * DAY
+    while page.browser.switch_to.active_element.get_attribute("id") != "create":
+        keys.send_keys(Keys.TAB).perform()
+    keys.send_keys(Keys.ENTER).perform()
+    page.see("#recording[open]")
+    keys.send_keys(Keys.ARROW_RIGHT, Keys.ARROW_RIGHT, Keys.TAB, Keys.TAB, f"{wanted:%m%d%Y}",
+                   Keys.TAB, Keys.TAB, "0505AM", Keys.TAB, Keys.TAB, "Typed", Keys.ENTER).perform()
+    page.see("#done", "Saved: Typed.")
+    assert (wanted.replace(hour=5, minute=5), "Typed") in {one[:2] for one in page.records()}
+
+
+def test_page_asks_once_before_it_clears_stops_and_deletes_several(page):
+    page.open()
+    for title in ("Abendbericht", "Sand and Stars", "Gymnastik"):
+        page.see(f"#list input[aria-label^='Choose {title}']").click()
+    for button, verb in (("#delete-chosen", "Delete"), ("#clear", "Clear"), ("#stop", "Stop")):
+        page.press(button, verb)
+    kept = {record[1] for record in page.records()}
+    assert len(kept) == 7 and not kept & {"Abendbericht", "Sand and Stars", "Das Haus am Mühlbach"}
+    assert page.stored().commands[-2:] == ["stop 0 -1 -1 -1", "reload"]
+
+
+def test_page_pages_long_lists_and_fits_a_phone(page):
+    shots = [{"start_time": n, "service_id": 7, "title": f"Show {n}"} for n in range(1, 61)]
+    page.server.appliance.store(repeat=[], one_shot=shots)
+    page.open(width=360)
+    page.see(".later").click()
+    page.see(".pages", "51 to 60 of 60")
+    assert [title.text for title in page.all(".row .title")] == [f"Show {n}" for n in range(51, 61)]
+    assert page.browser.execute_script("return document.documentElement.scrollWidth") <= 360
+
+
+def test_page_says_that_it_waits_and_that_the_server_is_lost(page):
+    page.open()
+    line = {"offline": False, "latency": 0, "downloadThroughput": -1, "uploadThroughput": -1}
+    for change, selector, words in (({"latency": 800}, ".waiting", "Waiting"), ({"offline": True},
+                                    "#alert", "The appliance does not answer"), ({}, "#done", "")):
+        page.tell("Network.emulateNetworkConditions", line | change)
+        page.see("#reload" if words else "#retry").click()
+        page.see(selector, words)
+        page.see("main[aria-busy=false]")
+    assert not page.all("#alert", "answer")
