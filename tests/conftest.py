@@ -102,6 +102,15 @@ def in_forms(name, value):
     return value
 
 
+def leaves(document, path=""):
+    """The JSON of every value that holds no other, by its path."""
+    if not document or not isinstance(document, (dict, list)):
+        return {path: json.dumps(document)}
+    children = document.items() if isinstance(document, dict) else enumerate(document)
+    return {name: leaf for key, child in children
+            for name, leaf in leaves(child, f"{path}/{key}").items()}
+
+
 class Appliance:
     """A tree at the build's APPLIANCE_ROOT. Files are named by FILES, or by their path."""
 
@@ -199,8 +208,10 @@ class Appliance:
         changed = {name: self._change(name, before, after, expected) for name in before | after
                    if before.get(name) != after.get(name)}
         expected = {name: in_forms(name, value) for name, value in expected.items()}
-        assert changed == expected
-        assert json.dumps(changed, sort_keys=True) == json.dumps(expected, sort_keys=True)
+        found, wanted = leaves(changed), leaves(expected)
+        differing = {path: f"{found.get(path)} instead of {wanted.get(path)}"
+                     for path in found | wanted if found.get(path) != wanted.get(path)}
+        assert differing == {}
 
     def settle(self):
         """Asserts that the last request changed nothing, unless expect_changes() has asked."""

@@ -106,8 +106,8 @@ TEST(RuleDays, CountFromTodayThroughTheEndAYearAtMost)
         }
         return text + ' ' + std::to_string(limit);
     };
-    auto const dateIn = [](std::time_t after) {
-        std::time_t const date = std::time(nullptr) + after * kDay;
+    auto const dateIn = [](int after) {
+        std::time_t const date = std::time(nullptr) + std::time_t{after} * kDay;
         char text[16];
         std::strftime(text, sizeof text, "%Y-%m-%d", std::gmtime(&date));
         return std::string(text);
