@@ -6,10 +6,12 @@
 
 #include <json/writer.h>
 
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <random>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -18,6 +20,9 @@ using namespace appliance;
 constexpr int kFirstStart = 1'750'000'000;
 constexpr int kQuarterHour = 900;
 constexpr int kYearOfQuarterHours = 35'040;
+constexpr int kHour = 3600;
+constexpr int kDay = 24 * kHour;
+constexpr int kDaysOfYear = 365;
 
 /// Returns the start of the n-th one-shot record in epoch seconds. User-defined records use it to
 /// refer to that record.
@@ -52,6 +57,54 @@ Json::Value Record(int n, int start)
     return record;
 }
 
+Json::Value OneShotRecord(int n, int start)
+{
+    Json::Value record = Record(n, start);
+    record[member::kServiceId] = 100 + n % 40;
+    record[member::kStatus] = 4;
+    return record;
+}
+
+Json::Value RepeatRecord(int n, int start)
+{
+    Json::Value record = Record(n, start);
+    record[member::kId] = 100 + n % 40;
+    record[member::kStatus] = 19;
+    record[member::kLastCreateTime] = 0;
+    record[member::kStartDate] = "2025-06-15";
+    record[member::kIsWeekly] = true;
+    record[member::kWeekdayStatus] = "0,1,0,0,1,0,0";
+    record[member::kEndDate] = "2026-06-15";
+    return record;
+}
+
+Json::Value UserDefineRecord(int n, int start)
+{
+    Json::Value record(Json::objectValue);
+    record[member::kStartTime] = start;
+    record[member::kEventName] = Title(n);
+    record[member::kTextName] = Description(n);
+    record[member::kDuration] = 1800;
+    record[member::kInputDuration] = "00:30";
+    record[member::kInputStartTime] = "20:15";
+    record[member::kInputStartDate] = "2025-06-15";
+    record[member::kTuner] = 0;
+    record[member::kChannelName] = "Kanal";
+    record[member::kChannelId] = "100@474000";
+    record[member::kIsRepeat] = false;
+    record[member::kIsWeekly] = true;
+    record[member::kWeekdayStatus] = "0,0,0,0,0,0,0";
+    record[member::kEndDate] = "1";
+    return record;
+}
+
+/// Makes the repeat schedule of a repeat or user-defined record occur every day without an end.
+void RepeatDaily(Json::Value& record)
+{
+    record[member::kWeekdayStatus] = "1,1,1,1,1,1,1";
+    record[member::kEndDate] = "1";
+}
+
 template <class Make>
 Json::Value MakeRecords(int count, Make const& make)
 {
@@ -80,49 +133,17 @@ void WriteJson(std::string const& path, Json::Value const& document)
 
 Json::Value MakeOneShotRecords(int count)
 {
-    return MakeRecords(count, [](int n) {
-        Json::Value record = Record(n, StartOf(n));
-        record[member::kServiceId] = 100 + n % 40;
-        record[member::kStatus] = 4;
-        return record;
-    });
+    return MakeRecords(count, [](int n) { return OneShotRecord(n, StartOf(n)); });
 }
 
 Json::Value MakeRepeatRecords(int count)
 {
-    return MakeRecords(count, [](int n) {
-        Json::Value record = Record(n, StartOf(n) + 7);
-        record[member::kId] = 100 + n % 40;
-        record[member::kStatus] = 19;
-        record[member::kLastCreateTime] = 0;
-        record[member::kStartDate] = "2025-06-15";
-        record[member::kIsWeekly] = true;
-        record[member::kWeekdayStatus] = "0,1,0,0,1,0,0";
-        record[member::kEndDate] = "2026-06-15";
-        return record;
-    });
+    return MakeRecords(count, [](int n) { return RepeatRecord(n, StartOf(n) + 7); });
 }
 
 Json::Value MakeUserDefineRecords(int count)
 {
-    return MakeRecords(count, [](int n) {
-        Json::Value record(Json::objectValue);
-        record[member::kStartTime] = StartOf(n) + n % 2;
-        record[member::kEventName] = Title(n);
-        record[member::kTextName] = Description(n);
-        record[member::kDuration] = 1800;
-        record[member::kInputDuration] = "00:30";
-        record[member::kInputStartTime] = "20:15";
-        record[member::kInputStartDate] = "2025-06-15";
-        record[member::kTuner] = 0;
-        record[member::kChannelName] = "Kanal";
-        record[member::kChannelId] = "100@474000";
-        record[member::kIsRepeat] = false;
-        record[member::kIsWeekly] = true;
-        record[member::kWeekdayStatus] = "0,0,0,0,0,0,0";
-        record[member::kEndDate] = "1";
-        return record;
-    });
+    return MakeRecords(count, [](int n) { return UserDefineRecord(n, StartOf(n) + n % 2); });
 }
 
 void LayTree(TreeSize const& size)
@@ -131,7 +152,8 @@ void LayTree(TreeSize const& size)
     std::filesystem::create_directories(std::string(kRoot) + "/var/run/dtvd");
     Write(kPasswordFile, "admin:x:1024:100::/:\nviewer:x:1026:100::/:\n");
     Write(kGroupFile, "users:x:100:\nadministrators:x:101:admin\n");
-    Write(kFolderList, "[]\n");
+    Write(kFolderList, R"([{"section": "tv_record", "share": "video", "subpath": "tv"}])");
+    std::filesystem::create_directories(std::string(kVolumeFolder) + "/video/tv");
     if (size.oneShot > 0) {
         WriteJson(OneShotFile(0), MakeOneShotRecords(size.oneShot));
     }
@@ -141,4 +163,38 @@ void LayTree(TreeSize const& size)
     if (size.userDefine > 0) {
         WriteJson(kUserDefineFile, MakeUserDefineRecords(size.userDefine));
     }
+}
+
+EditStarts LayTreeToEdit(int oneShots, int repeats)
+{
+    LayTree({0, 0, 0});
+    // The other records begin between 2 and 18 hours UTC. Where the clocks are changed, repeat
+    // schedules move by an hour within the year.
+    int const tomorrow = static_cast<int>(std::time(nullptr)) / kDay * kDay + kDay;
+    EditStarts const starts{tomorrow + 22 * kHour, tomorrow + 20 * kHour};
+    auto const slot = [](int n) { return 2 * kHour + n % 28 * 2060; };
+    Json::Value oneShot = MakeRecords(oneShots, [&](int n) {
+        Json::Value record = OneShotRecord(n, tomorrow + n / 28 % kDaysOfYear * kDay + slot(n));
+        record[member::kDuration] = 1800;
+        return record;
+    });
+    Json::Value repeat = MakeRecords(repeats, [&](int n) {
+        Json::Value record = RepeatRecord(n, tomorrow + n % 7 * kDay + slot(n));
+        RepeatDaily(record);
+        record[member::kDuration] = 1800;
+        return record;
+    });
+    // Record 0 has the channel of the user-defined record.
+    Json::Value old = RepeatRecord(0, starts.old);
+    RepeatDaily(old);
+    old[member::kLastCreateTime] = starts.old;
+    repeat.append(std::move(old));
+    oneShot.append(OneShotRecord(0, starts.old));
+    Json::Value userDefines(Json::arrayValue);
+    RepeatDaily(userDefines.append(UserDefineRecord(0, starts.old)));
+    userDefines[0][member::kIsRepeat] = true;
+    WriteJson(OneShotFile(0), oneShot);
+    WriteJson(RepeatFile(0), repeat);
+    WriteJson(kUserDefineFile, userDefines);
+    return starts;
 }

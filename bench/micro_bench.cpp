@@ -29,11 +29,11 @@ Json::Value Listed(int count)
     return view;
 }
 
-void BM_MergeSchedules(benchmark::State& state)
+void MergeSchedules(benchmark::State& state)
 {
     Json::Value const listed = Listed(Range(state));
     Json::Value repeat = MakeRepeatRecords(Range(state) / 10);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         state.PauseTiming();
         Json::Value view = listed;
         state.ResumeTiming();
@@ -42,44 +42,44 @@ void BM_MergeSchedules(benchmark::State& state)
     state.SetComplexityN(state.range(0));
 }
 
-void BM_FillStatus(benchmark::State& state)
+void FillStatus(benchmark::State& state)
 {
     LayTree({0, 0, Range(state) / 10});
     Json::Value page = Listed(Range(state));
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         ScheduleRecordingAPI::FillStatus(page, 0);
     }
     state.SetComplexityN(state.range(0));
 }
 
-void BM_FillStartText(benchmark::State& state)
+void FillStartText(benchmark::State& state)
 {
     Json::Value page = Listed(Range(state));
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         ScheduleRecordingAPI::FillStartText(page);
     }
     state.SetComplexityN(state.range(0));
 }
 
-void BM_TaskIsOverLap(benchmark::State& state)
+void TaskIsOverLap(benchmark::State& state)
 {
     Json::Value oneShot = MakeOneShotRecords(Range(state));
     Json::Value repeat = MakeRepeatRecords(Range(state) / 10);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         benchmark::DoNotOptimize(KALDTremolane::TaskIsOverLap(1, 1, oneShot, repeat));
     }
     state.SetComplexityN(state.range(0));
 }
 
 /// Reads its request, looks up one parameter and records no response.
-class Reader : public KALD::WebAPI {
+class ParameterReader : public KALD::WebAPI {
 public:
-    Reader() : WebAPI("", "") {}
+    ParameterReader() : WebAPI("", "") {}
     int CheckAuthorized() override { return 1; }
     void Process() override { benchmark::DoNotOptimize(m_request.In("title", "")); }
 };
 
-void BM_ReadParameters(benchmark::State& state)
+void ReadParameters(benchmark::State& state)
 {
     std::string query = "method=create_userdefine&title=Der+Abend%20%C3%BCber";
     for (int i = 0; i < Range(state); ++i) {
@@ -89,8 +89,8 @@ void BM_ReadParameters(benchmark::State& state)
     int const output = ::dup(STDOUT_FILENO); // keeps the answers out of the printed results
     int const nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
     ::dup2(nowhere, STDOUT_FILENO);
-    for (auto _ : state) {
-        Reader().Run();
+    for ([[maybe_unused]] auto _ : state) {
+        ParameterReader().Run();
     }
     ::dup2(output, STDOUT_FILENO);
     ::close(output);
@@ -100,10 +100,10 @@ void BM_ReadParameters(benchmark::State& state)
 
 } // namespace
 
-BENCHMARK(BM_MergeSchedules)->Range(100, 10'000)->Complexity(benchmark::oN);
-BENCHMARK(BM_FillStatus)->Range(100, 10'000)->Complexity(benchmark::oN);
-BENCHMARK(BM_FillStartText)->Range(100, 10'000)->Complexity(benchmark::oN);
-BENCHMARK(BM_TaskIsOverLap)->Range(100, 10'000)->Complexity(benchmark::oN);
-BENCHMARK(BM_ReadParameters)->Range(1, 1'000)->Complexity(benchmark::oN);
+BENCHMARK(MergeSchedules)->Range(100, 10'000)->Complexity(benchmark::oN);
+BENCHMARK(FillStatus)->Range(100, 10'000)->Complexity(benchmark::oN);
+BENCHMARK(FillStartText)->Range(100, 10'000)->Complexity(benchmark::oN);
+BENCHMARK(TaskIsOverLap)->Range(100, 10'000)->Complexity(benchmark::oN);
+BENCHMARK(ReadParameters)->Range(1, 1'000)->Complexity(benchmark::oN);
 
 BENCHMARK_MAIN();
