@@ -71,9 +71,9 @@ constexpr PlainBytes PlainBytesUpTo(std::size_t end)
 constexpr PlainBytes kPlainAscii = PlainBytesUpTo(0x80);
 constexpr PlainBytes kPlainUtf8 = PlainBytesUpTo(0x100);
 
-class Writer {
+class TextWriter {
 public:
-    explicit Writer(PlainBytes const& plain) : m_plain(plain) {}
+    explicit TextWriter(PlainBytes const& plain) : m_plain(plain) {}
 
     void Write(Json::Value const& value);
 
@@ -103,7 +103,7 @@ private:
     PlainBytes const& m_plain;
 };
 
-void Writer::WriteUnit(std::uint32_t unit)
+void TextWriter::WriteUnit(std::uint32_t unit)
 {
     constexpr char kDigits[] = "0123456789abcdef";
     m_out += "\\u";
@@ -112,7 +112,7 @@ void Writer::WriteUnit(std::uint32_t unit)
     }
 }
 
-void Writer::WriteEscape(std::uint32_t codePoint)
+void TextWriter::WriteEscape(std::uint32_t codePoint)
 {
     if (codePoint == '"' || codePoint == '\\') {
         m_out += '\\';
@@ -125,7 +125,7 @@ void Writer::WriteEscape(std::uint32_t codePoint)
     }
 }
 
-void Writer::WriteText(char const* begin, char const* end)
+void TextWriter::WriteText(char const* begin, char const* end)
 {
     m_out += '"';
     while (begin != end) {
@@ -147,7 +147,7 @@ void Writer::WriteText(char const* begin, char const* end)
 }
 
 // NOLINTBEGIN(misc-no-recursion): as deep as a document, which its reader limits
-void Writer::WriteMembers(Json::Value const& object)
+void TextWriter::WriteMembers(Json::Value const& object)
 {
     char separator = '{';
     for (auto member = object.begin(); member != object.end(); ++member) {
@@ -162,7 +162,7 @@ void Writer::WriteMembers(Json::Value const& object)
     m_out += object.empty() ? "{}" : "}";
 }
 
-void Writer::WriteElements(Json::Value const& array)
+void TextWriter::WriteElements(Json::Value const& array)
 {
     char separator = '[';
     for (Json::Value const& element : array) {
@@ -173,7 +173,7 @@ void Writer::WriteElements(Json::Value const& array)
     m_out += array.empty() ? "[]" : "]";
 }
 
-void Writer::Write(Json::Value const& value)
+void TextWriter::Write(Json::Value const& value)
 {
     char const* begin = nullptr;
     char const* end = nullptr;
@@ -211,7 +211,7 @@ void Writer::Write(Json::Value const& value)
 
 std::string RenderJson(Json::Value const& document, Charset charset)
 {
-    Writer writer(charset == Charset::kAscii ? kPlainAscii : kPlainUtf8);
+    TextWriter writer(charset == Charset::kAscii ? kPlainAscii : kPlainUtf8);
     writer.Write(document);
     return std::move(writer.m_out);
 }

@@ -168,15 +168,14 @@ void ScheduleRecordingAPI::ListSchedule()
     int start = 0;
     int limit = kWholeList;
     bool const isStartParsed = KALD::WebAPIUtil::ParseInt(m_request.In("start", "0"), &start);
-    bool const isLimitParsed = KALD::WebAPIUtil::ParseInt(m_request.In("limit", "-1"), &limit);
+    bool const isParsed =
+        KALD::WebAPIUtil::ParseInt(m_request.In("limit", "-1"), &limit) && isStartParsed;
     int const tuner = RequestTuner().value_or(0);
     Json::Value listed;
     Json::Value response;
-    if (!isStartParsed || !isLimitParsed) {
-        SetError(kErrorBadParameter);
-    } else if (!KALDTremolane::GetSchedule(listed, tuner)) {
+    if (isParsed && !KALDTremolane::GetSchedule(listed, tuner)) {
         ReportLibraryError(listed);
-    } else if (!FillPage(response, listed, tuner, start, limit)) {
+    } else if (!isParsed || !FillPage(response, listed, tuner, start, limit)) {
         SetError(kErrorBadParameter);
     }
     if (response[kSchedules].isNull()) {
