@@ -36,6 +36,8 @@ constexpr char kJournal[] = PACKAGE_FOLDER "/.schedules.journal";
 /// Longer than the slowest change takes by far, shorter than web servers wait for a CGI program.
 constexpr int kLockSeconds = 10;
 
+constexpr int kLockAttempts = 10; ///< if somebody deletes the lock file while it is waited for
+
 Transaction* current = nullptr; ///< the transaction in progress
 
 /// A file of the journal; `old` is none if it did not exist.
@@ -185,7 +187,7 @@ Transaction::~Transaction()
 
 bool Transaction::Begin()
 {
-    do { // a lock on a file that somebody has deleted meanwhile keeps nobody out
+    for (int attempt = 0; attempt < kLockAttempts; ++attempt) {
         m_lock = OpenOwn(kLock, O_CREAT);
         if (!m_lock && (errno == ENOENT || errno == ENOTDIR)) {
             return true; // without the package's folder no file can be replaced
@@ -194,10 +196,14 @@ bool Transaction::Begin()
             LogLockFailure();
             return false;
         }
-    } while (!IsStillAt(m_lock.Get(), kLock));
-    current = this;
-    ForgetDeviceFailure();
-    return RollBack();
+        if (IsStillAt(m_lock.Get(), kLock)) { // otherwise the lock keeps nobody out
+            current = this;
+            ForgetDeviceFailure();
+            return RollBack();
+        }
+    }
+    ::syslog(LOG_ERR, "cannot lock %s: it is deleted again and again", kLock);
+    return false;
 }
 
 bool Transaction::Commit()
