@@ -38,6 +38,10 @@ def start_of(record):
     return datetime.datetime.fromtimestamp(record["start_time"], BERLIN).replace(tzinfo=None)
 
 
+# What the page says when a question was answered with yes, and that is done.
+DONE = {"Delete": "Deleted", "Clear": "cleared", "Stop": "told to stop"}
+
+
 @pytest.fixture(scope="module")
 def server(build, tmp_path_factory):
     """A web server over a sample appliance in Berlin."""
@@ -95,15 +99,22 @@ class Page:
         self.see("#recording[open]")
         self.browser.execute_script(FILL, fields)
 
+    def click_until(self, selector, answer, words):
+        """Clicks, and waits until the page says that what this has begun is done."""
+        self.browser.execute_script("document.querySelector('#done').textContent = ''")
+        self.see(selector, answer).click()
+        self.see("#done", words)
+
     def save(self):
-        self.see("#recording [type=submit]").click()
-        self.see("#done", "Saved")
+        self.click_until("#recording [type=submit]", "", "Saved")
 
     def press(self, selector, answer):
         """Presses a button, and answers the question that it asks."""
         self.see(selector).click()
-        self.see("#question[open] button", answer).click()
-        self.see("main[aria-busy=false]")
+        if answer == "Cancel":
+            self.see("#question[open] button", answer).click()
+        else:
+            self.click_until("#question[open] button", answer, DONE[answer])
 
     def records(self):
         """What is stored, as its local start, title, channel, length and rule."""
