@@ -1,58 +1,71 @@
 // The dialog in which a recording of any kind is created, changed and deleted.
 import { isRepeat } from "./schedules.js";
-import { collisionsWith, dateText, planOf, secondsOf, timeText, wallOf, weekdayOf } from "./week.js";
+import { collisionsWith, dateText, isDate, planOf, timeText, wallOf, weekdayOf } from "./week.js";
+import { secondsOf } from "./week.js";
 import { nameOf, whenOf } from "./words.js";
 
 const NAMED_COLLISIONS = 4;
-const PLAIN_HINT = "The appliance takes title and length from elsewhere, or records half an hour.";
-const CHANGE_HINT = "Another start or channel makes it a new schedule, without the title and length that it has now.";
+
+const isSame = (a, b) => a.schedule.primeid === b.schedule.primeid;
 
 /**
- * `actions.save(draft, old)` and `actions.remove(schedules)` do what they say, read again what stands then, and throw
- * what went wrong; false means that nothing was done.
+ * Makes the dialog. `actions.save(draft, old)` and `actions.remove(schedules)` read again what
+ * stands afterwards, and throw what went wrong; false means that nothing was done.
  */
 export function makeDialog(dialog, schedules, actions) {
   const form = dialog.querySelector("form");
   const fields = form.elements;
   const find = (selector) => dialog.querySelector(selector);
-  const toggles = [...form.querySelectorAll("[name=day]")]; // Sunday first
+  const toggles = [...fields.day]; // Sunday first
   let plan = null; // of the schedule that is changed
 
   /** Opens for a new recording, or for the plan of a stored one. */
   async function open(chosen = null) {
     const own = chosen ? await schedules.formOf(chosen.schedule) : await schedules.newForm();
-    plan = chosen && chosen.rule === undefined ? await schedules.withRule(chosen) : chosen;
-    form.reset();
+    setPlan(chosen && await schedules.withRule(chosen));
     find("#problem").textContent = "";
-    find("#recording-title").textContent = plan ? `Change ${nameOf(plan.schedule)}` : "New recording";
-    find("#kinds").disabled = plan !== null;
-    find("#delete").hidden = plan === null;
-    fill(own);
+    form.reset();
+    fillChannels();
+    fill(own ?? {});
     changed();
     dialog.showModal();
   }
 
-  function fill(own) {
-    const options = [...schedules.channels].map(([id, name]) => new Option(name ? `${name} (${id})` : id, id));
+  function setPlan(newPlan) {
+    plan = newPlan;
+    find("h2").textContent = plan ? `Change ${nameOf(plan.schedule)}` : "New recording";
+    find("#kinds").disabled = plan !== null;
+    find("#delete").hidden = plan === null;
+  }
+
+  function fillChannels() {
+    const options = [...schedules.channels].map(([id, name]) =>
+      new Option(name ? `${name} (${id})` : id, id));
     fields.channel.replaceChildren(...options, new Option("Other…", ""));
     if (plan) fields.channel.value = plan.schedule.id;
-    const stored = own && plan ? "userdefine" : plan && isRepeat(plan.schedule) ? "repeat" : "oneshot";
+  }
+
+  // `own` is the form of a user-defined schedule or of a new one. Without a value of its own, a
+  // field keeps that of the page.
+  function fill(own) {
     const wall = plan?.wall ?? wallOf(`${own.start_date} ${own.start_time}`);
-    const rule = { ...own, ...plan?.rule };
-    const endless = !/^\d{4}-\d\d-\d\d$/.test(rule.end_date);
+    const { title, description, duration, is_repeat = false } = own;
+    const { weekdaystatus, end_date, isweekly = true } = { ...own, ...plan?.rule };
+    const plainKind = plan && isRepeat(plan.schedule) ? "repeat" : "oneshot";
     const texts = {
-      kind: stored, date: dateText(wall), time: timeText(wall), end: endless ? "" : rule.end_date,
-      title: own?.title ?? "", description: own?.description ?? "", duration: own?.duration ?? "00:30",
+      kind: plan && own.channel_id ? "userdefine" : plainKind, title, description, duration,
+      date: dateText(wall), time: timeText(wall), end: isDate(end_date) && end_date,
     };
-    for (const [name, text] of Object.entries(texts)) fields[name].value = text;
-    fields.repeats.checked = own?.is_repeat ?? false;
-    fields.weekly.checked = rule.isweekly ?? true;
-    fields.endless.checked = endless;
-    const flags = String(rule.weekdaystatus).split(",");
+    for (const [name, text] of Object.entries(texts)) if (text) fields[name].value = text;
+    fields.repeats.checked = is_repeat;
+    fields.weekly.checked = isweekly;
+    fields.endless.checked = !isDate(end_date);
+    const flags = String(weekdaystatus).split(",");
     toggles.forEach((box, day) => { box.checked = flags[day] === "1"; });
   }
 
-  const isRepeating = () => fields.kind.value === "repeat" || !fields.own.disabled && fields.repeats.checked;
+  const isOwn = () => fields.kind.value === "userdefine";
+  const isRepeating = () => fields.kind.value === "repeat" || isOwn() && fields.repeats.checked;
 
   function showPart(selector, shown) {
     find(selector).hidden = find(selector).disabled = !shown;
@@ -60,29 +73,26 @@ export function makeDialog(dialog, schedules, actions) {
 
   // Shows the fields of the kind, and tests what the browser does not test by itself.
   function changed(name) {
-    const own = fields.kind.value === "userdefine";
-    find("#hint").textContent = own ? "" : plan ? CHANGE_HINT : PLAIN_HINT;
-    showPart("#own", own);
+    showPart("#own", isOwn());
     showPart("#rule", isRepeating());
     showPart("#other", fields.channel.value === "");
     fields.end.disabled = fields.endless.checked;
+    fields.end.min = fields.date.value;
     const first = toggles[weekdayOf(wallOf(fields.date.value || "1970-01-04"))];
     if (name === "date") first.checked = true;
     for (const box of toggles) box.setCustomValidity("");
-    first.setCustomValidity(first.checked ? "" : `The first day is a ${first.ariaLabel}: it must be one of the days.`);
-    fields.duration.setCustomValidity(fields.duration.value === "00:00" ? "The length must be more than nothing." : "");
-    fields.end.setCustomValidity(fields.end.value < fields.date.value ? "The last day is before the first." : "");
+    first.setCustomValidity(first.checked ? "" : `It begins on a ${first.ariaLabel}: choose that.`);
     showWarning();
   }
 
   /** What the fields say, for Schedules.save(). */
   function draft() {
     const id = fields.channel.value || fields.id.value.trim();
-    const name = fields.channel.value ? schedules.channels.get(id) : fields.channel_name.value.trim();
+    const name = schedules.channels.get(fields.channel.value) ?? fields.channel_name.value.trim();
     return {
-      id, kind: fields.kind.value, repeats: isRepeating(), channelName: name || id,
-      wall: wallOf(`${fields.date.value} ${fields.time.value}`),
-      title: fields.title.value.trim(), description: fields.description.value, duration: fields.duration.value,
+      id, channelName: name || id, kind: fields.kind.value, repeats: isRepeating(),
+      wall: wallOf(`${fields.date.value} ${fields.time.value}`), duration: fields.duration.value,
+      title: fields.title.value.trim(), description: fields.description.value,
       rule: {
         weekdaystatus: toggles.map((box) => Number(box.checked)).join(","),
         isweekly: fields.weekly.checked, end_date: fields.endless.checked ? "1" : fields.end.value,
@@ -90,45 +100,38 @@ export function makeDialog(dialog, schedules, actions) {
     };
   }
 
-  /** Names what the recording would collide with, as far as its fields are filled. */
+  /** Says what the recording would collide with, as far as its fields are filled. */
   function showWarning() {
-    const { id, kind, wall, repeats, duration, rule } = draft();
+    const { id, wall, repeats, duration, rule } = draft();
     if (Number.isNaN(wall)) return;
     const { clock, plans } = schedules;
-    const length = kind === "userdefine" ? secondsOf(duration) : plan?.length;
-    const start = `${fields.date.value} ${fields.time.value}`;
-    const wanted = planOf({ id, start, start_time: clock.epochOf(wall), duration: length }, repeats ? rule : null);
-    const others = plans.filter(({ schedule }) => schedule.primeid !== plan?.schedule.primeid);
-    // The store has one form for a start and tuner: a second one would take the place of the first.
-    const isTwin = (other) => other.epoch === wanted.epoch && other.schedule.is_userdefine;
-    const twin = kind === "userdefine" && others.find(isTwin);
-    fields.time.setCustomValidity(twin ? `${nameOf(twin.schedule)} starts then. Choose another start.` : "");
-    const names = collisionsWith(wanted, others, clock).map((other) => `${nameOf(other.schedule)} (${whenOf(other)})`);
-    const more = names.splice(NAMED_COLLISIONS).length;
-    if (more) names.push(`${more} more`);
-    const passed = !repeats && wanted.epoch + wanted.length <= clock.now() ? "This time has passed. " : "";
-    find("#collisions").textContent = passed + (names.length ? `Collides with ${names.join(", ")}.` : "");
+    const wanted = planOf({
+      id, start: `${fields.date.value} ${fields.time.value}`, start_time: clock.epochOf(wall),
+      duration: isOwn() ? secondsOf(duration) : plan?.length,
+    }, repeats ? rule : null);
+    const others = plans.filter((other) => !plan || !isSame(other, plan));
+    // The store has one form for a start: a second one would take the place of the first.
+    const isTwin = ({ epoch, schedule }) => epoch === wanted.epoch && schedule.is_userdefine;
+    const isTaken = isOwn() && others.some(isTwin);
+    fields.time.setCustomValidity(isTaken ? "A user-defined schedule starts then." : "");
+    const names = collisionsWith(wanted, others, clock)
+      .map((other) => `${nameOf(other.schedule)} (${whenOf(other)})`);
+    if (names.length > NAMED_COLLISIONS) names.splice(NAMED_COLLISIONS, Infinity, "others");
+    find("#collisions").textContent = names.length ? `Collides with ${names.join(", ")}.` : "";
+    find("#passed").hidden = repeats || wanted.epoch + wanted.length > clock.now();
   }
 
   async function run(action) {
-    const save = find("[type=submit]");
-    save.disabled = true;
+    find("[type=submit]").disabled = true;
     find("#problem").textContent = "";
     try {
       if (await action() !== false) dialog.close();
     } catch (problem) {
-      find("#problem").textContent = problem.message + noteLoss();
+      find("#problem").textContent = problem.message;
+      if (plan && !schedules.plans.some((one) => isSame(one, plan))) setPlan(null); // it is gone
     } finally {
-      save.disabled = false;
+      find("[type=submit]").disabled = false;
     }
-  }
-
-  // A failed change can leave nothing of the old schedule. Saving then stores a new one.
-  function noteLoss() {
-    if (!plan || schedules.plans.some(({ schedule }) => schedule.primeid === plan.schedule.primeid)) return "";
-    plan = null;
-    find("#delete").hidden = true;
-    return " The schedule is no longer stored as it was; saving stores a new one.";
   }
 
   form.addEventListener("input", (event) => changed(event.target.name));

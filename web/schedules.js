@@ -1,14 +1,14 @@
-// The schedules of the tuner that is shown: reads them with their rules, saves and deletes them as their kind requires.
+// Holds the schedules of the tuner that is shown. Reads them with their rules, and saves and
+// deletes them by the methods of their kind.
 import { Clock, planOf, serviceOf, wallOf } from "./week.js";
 
 const AT_ONCE = 4; // requests for rules; each starts a program on the appliance
 export const PAGE = 50;
 
 export const isRepeat = (schedule) => schedule.status >= 12 && schedule.status <= 15;
-
 const sameKey = (a, b) => a.start_time === b.start_time && serviceOf(a) === serviceOf(b);
 
-/** Runs `work` on all items, some at a time. All of them run; then the first failure is thrown. */
+/** Works on all items, some at a time. All of them are tried; then the first failure is thrown. */
 async function forEach(items, limit, work) {
   const queue = items.values(); // the workers share it
   const failures = [];
@@ -21,7 +21,7 @@ async function forEach(items, limit, work) {
 
 export class Schedules {
   tuner = 0;
-  turn = 0;
+  turn = 0; // counts the readings; what an earlier one still gets is not kept
   plans = [];
   clock = new Clock();
   channels = new Map(); // name by id, of all schedules seen: no method lists the channels
@@ -29,17 +29,16 @@ export class Schedules {
 
   constructor(api) { this.#api = api; }
 
-  /**
-   * Reads a tuner whole. Repeat schedules count on their first day until loadRules() has run. Answers the number of
-   * this turn: if `turn` is another one by then, a later reading has begun, and nothing of this one is kept.
-   */
+  #call(method, parameters) { return this.#api.call(method, { tuner: this.tuner, ...parameters }); }
+
+  /** Reads a tuner whole, but for its rules: loadRules() reads those. Returns the turn. */
   async load(tuner) {
     const turn = ++this.turn;
     if (tuner !== this.tuner) Object.assign(this, { tuner, plans: [] });
-    const [answer, now] = await Promise.all([this.#api.call("list", { tuner }), this.#api.now(tuner)]);
+    const [{ schedules }, now] = await Promise.all([this.#call("list"), this.#api.now(tuner)]);
     if (turn !== this.turn) return turn;
     this.clock.setNow(wallOf(`${now.form.start_date} ${now.form.start_time}`), now.epoch);
-    this.plans = answer.schedules.map((schedule) => planOf(schedule, isRepeat(schedule) ? undefined : null));
+    this.plans = schedules.map((one) => planOf(one, isRepeat(one) ? undefined : null));
     for (const { wall, epoch, schedule } of this.plans) {
       this.clock.learn(wall, epoch);
       this.channels.set(schedule.id, schedule.channel_name || this.channels.get(schedule.id));
@@ -49,88 +48,97 @@ export class Schedules {
 
   lacksRules() { return this.plans.some(({ rule }) => rule === undefined); }
 
-  /** Fetches the days and the ends of the repeat schedules, which `list` does not tell. */
+  /** Reads the days and the ends of the repeat schedules, which `list` does not tell. */
   async loadRules() {
-    const { plans, tuner } = this;
-    const unknown = [...plans.keys()].filter((index) => plans[index].rule === undefined);
-    await forEach(unknown, AT_ONCE, async (index) => { plans[index] = await this.withRule(plans[index], tuner); });
+    const { plans, tuner } = this; // another tuner may be chosen meanwhile
+    await forEach([...plans.entries()], AT_ONCE, async ([index, plan]) => {
+      plans[index] = await this.withRule(plan, tuner);
+    });
   }
 
-  /** The plan with its rule, if that is stored. */
+  /** The plan with its rule, which is read if it is not known. */
   async withRule(plan, tuner = this.tuner) {
+    if (plan.rule !== undefined) return plan;
     const { id, start_time } = plan.schedule;
-    const rule = await this.#api.call("getinfo_repeat", { tuner, id, start_time });
+    const rule = await this.#call("getinfo_repeat", { tuner, id, start_time });
     return rule ? planOf(plan.schedule, rule) : plan;
   }
 
-  /** One page as the server cuts it; the first if the list has become shorter than the wanted one. */
+  /** One page as the server cuts it; the first one if the list has become too short for it. */
   async page(start) {
-    const isFirst = start <= 0 || start >= this.plans.length;
-    if (isFirst) return { start: 0, schedules: this.plans.slice(0, PAGE).map(({ schedule }) => schedule) };
-    return this.#api.call("list", { tuner: this.tuner, start, limit: PAGE });
+    if (start > 0 && start < this.plans.length) return this.#call("list", { start, limit: PAGE });
+    return { start: 0, schedules: this.plans.slice(0, PAGE).map(({ schedule }) => schedule) };
   }
 
-  async newForm() { return (await this.#api.now(this.tuner)).form; }
-  clearPassed() { return this.#api.call("delete_passed", { tuner: this.tuner }); }
-  stop() { return this.#api.call("delete", { tuner: this.tuner }); }
+  newForm() { return this.#call("getinfo_userdefine"); }
+  clearPassed() { return this.#call("delete_passed"); }
+  stop() { return this.#call("delete"); }
 
-  /** The user's own form of a schedule; null for a plain one, also for one that only starts with a user-defined one. */
+  /**
+   * The form of a user-defined schedule, otherwise null. `is_userdefine` also marks a plain
+   * schedule that starts with a user-defined one.
+   */
   async formOf(schedule) {
     if (!schedule.is_userdefine) return null;
-    const form = await this.#api.call("getinfo_userdefine", { tuner: this.tuner, start_time: schedule.start_time });
+    const form = await this.#call("getinfo_userdefine", { start_time: schedule.start_time });
     return serviceOf({ id: form.channel_id }) === serviceOf(schedule) ? form : null;
   }
 
   /**
-   * Stores what the dialog describes, in the place of `old` if that is given. Reads it back and moves it once if the
-   * clock did not know the UTC offset of its date. Answers the wall time at which it stands in the end.
+   * Stores what the dialog describes, in place of `old` if that is given. Reads it back, and moves
+   * it once if the clock did not know the UTC offset of its date. Returns the wall time at which
+   * it stands in the end.
    */
   async save(draft, old, mayMove = true) {
-    const epoch = old && wallOf(old.start) === draft.wall ? old.start_time : this.clock.epochOf(draft.wall);
+    const isMoved = !old || wallOf(old.start) !== draft.wall;
+    const epoch = isMoved ? this.clock.epochOf(draft.wall) : old.start_time;
     await this.#store(draft, epoch, old);
-    const { schedules } = await this.#api.call("list", { tuner: this.tuner });
-    const isIt = (one) => sameKey(one, { id: draft.id, start_time: epoch }) && isRepeat(one) === draft.repeats;
-    const stored = schedules.find(isIt);
+    const { schedules } = await this.#call("list");
+    const key = { id: draft.id, start_time: epoch };
+    const stored = schedules.find((one) => sameKey(one, key) && isRepeat(one) === draft.repeats);
     const wall = stored ? wallOf(stored.start) : draft.wall;
     if (wall === draft.wall || !mayMove) return wall;
     this.clock.learn(wall, epoch);
     return this.save(draft, stored, false);
   }
 
-  /** Deletes schedules of any kind. After a failure the others are tried all the same. */
+  async #store(draft, epoch, old) {
+    if (draft.kind === "userdefine") return this.#storeUserdefined(draft, epoch, old);
+    const key = { id: draft.id, start_time: epoch };
+    const stays = old && sameKey(old, key);
+    const ruleMethod = stays ? "edit_repeat" : "create_repeat";
+    if (draft.repeats) await this.#call(ruleMethod, { ...key, ...draft.rule });
+    else if (!stays) await this.#call("create", key);
+    // No method moves a plain schedule to another start or channel.
+    return old && !stays && this.remove([old]);
+  }
+
+  #storeUserdefined(draft, epoch, old) {
+    const [start_date, start_time] = this.clock.reading(epoch);
+    const { id, title, description, duration } = draft;
+    const form = {
+      id, channel_name: draft.channelName, title, description, start_date, start_time, duration,
+      is_repeat: draft.repeats, ...(draft.repeats ? draft.rule : {}),
+    };
+    if (!old) return this.#call("create_userdefine", form);
+    const [orig_start_date, orig_start_time] = this.clock.reading(old.start_time);
+    return this.#call("edit_userdefine", { ...form, orig_start_date, orig_start_time });
+  }
+
+  /** Deletes schedules of any kind. If one fails, the others are still tried. */
   async remove(schedules) {
-    const { tuner } = this;
     const [own, plain, rules] = [[], [], []];
     await forEach(schedules, AT_ONCE, async (schedule) => {
       if (await this.formOf(schedule)) own.push(schedule);
       else (isRepeat(schedule) ? rules : plain).push(schedule);
     });
-    const join = (some, member) => some.map((schedule) => schedule[member]).join(",");
+    const starts = (some) => some.map((schedule) => schedule.start_time).join(",");
+    const channels = rules.map(({ id }) => id).join(",");
     const calls = plain.map((one) => ["delete", { id: one.start_time, channel_id: one.id }]);
-    if (rules.length) calls.push(["delete_repeat", { id: join(rules, "start_time"), channel_id: join(rules, "id") }]);
-    // delete_repeat does not tell the tuner daemon. This does, and start 0, which no schedule has, deletes nothing.
-    if (own.length || rules.length) calls.push(["delete_userdefine", { id: join(own, "start_time") || "0" }]);
-    await forEach(calls, 1, ([method, parameters]) => this.#api.call(method, { tuner, ...parameters }));
-  }
-
-  async #store(draft, epoch, old) {
-    if (draft.kind === "userdefine") return this.#storeUserdefined(draft, epoch, old);
-    const key = { tuner: this.tuner, id: draft.id, start_time: epoch };
-    const stays = old && sameKey(old, key);
-    if (!draft.repeats && !stays) await this.#api.call("create", key);
-    if (draft.repeats) await this.#api.call(stays ? "edit_repeat" : "create_repeat", { ...key, ...draft.rule });
-    return old && !stays && this.remove([old]); // no method moves a plain schedule to another start or channel
-  }
-
-  #storeUserdefined(draft, epoch, old) {
-    const { date, time } = this.clock.reading(epoch);
-    const form = {
-      tuner: this.tuner, id: draft.id, channel_name: draft.channelName, start_date: date, start_time: time,
-      duration: draft.duration, title: draft.title, description: draft.description, is_repeat: draft.repeats,
-      ...(draft.repeats ? draft.rule : {}),
-    };
-    if (!old) return this.#api.call("create_userdefine", form);
-    const former = this.clock.reading(old.start_time);
-    return this.#api.call("edit_userdefine", { ...form, orig_start_date: former.date, orig_start_time: former.time });
+    if (rules.length) calls.push(["delete_repeat", { id: starts(rules), channel_id: channels }]);
+    // delete_repeat does not tell the tuner daemon, delete_userdefine does. Start 0, which no
+    // schedule has, deletes nothing.
+    if (own.length || rules.length) calls.push(["delete_userdefine", { id: starts(own) || "0" }]);
+    await forEach(calls, 1, ([method, parameters]) => this.#call(method, parameters));
   }
 }

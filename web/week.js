@@ -1,13 +1,14 @@
-// Lays out a week, schedules in and boxes out, and converts times. All is pure, but for what a Clock learns.
+// Lays out a week: schedules in, boxes out. Converts times. Only a Clock keeps a state.
 //
-// A wall time is what the appliance's clock shows, in seconds since that clock showed 1970-01-01 00:00. Epochs are true
-// seconds, lengths are seconds, days are the wall times of their midnights, weekdays count from Sunday 0.
+// A wall time is what the appliance's clock shows, in seconds since that clock showed 1970-01-01
+// 00:00. An epoch is in true seconds, a length in seconds. A day is the wall time of its midnight.
+// Weekdays count from Sunday 0.
 
 export const DAY = 86400;
 const UNKNOWN_LENGTH = 1800; // what the appliance records without a length
 const SMALLEST_BOX = 15 * 60; // a shorter box cannot be read
 
-/** The wall time of "2026/11/25 12:30", "2026-11-25 12:30" or a date alone; NaN for an empty text. */
+/** The wall time of "2026/11/25 12:30", "2026-11-25 12:30" or a date alone; NaN for no date. */
 export function wallOf(text) {
   const [year, month, day, hour = 0, minute = 0] = text.match(/\d+/g)?.map(Number) ?? [];
   return Date.UTC(year, month - 1, day, hour, minute) / 1000;
@@ -15,12 +16,15 @@ export function wallOf(text) {
 
 export const dateText = (wall) => new Date(wall * 1000).toISOString().slice(0, 10);
 export const timeText = (wall) => new Date(wall * 1000).toISOString().slice(11, 16);
+export const isDate = (text) => /^\d{4}-\d\d-\d\d$/.test(text);
 export const dayOf = (wall) => Math.floor(wall / DAY) * DAY;
 export const weekdayOf = (wall) => new Date(wall * 1000).getUTCDay();
-export const weekOf = (wall, firstWeekday) => dayOf(wall) - ((weekdayOf(wall) - firstWeekday + 7) % 7) * DAY;
+export const weekOf = (wall, firstWeekday) =>
+  dayOf(wall) - ((weekdayOf(wall) - firstWeekday + 7) % 7) * DAY;
 
 export const secondsOf = (length) => wallOf(`1970-01-01 ${length}`);
-export const lengthText = (seconds) => String(Math.floor(seconds / 3600)).padStart(2, "0") + timeText(seconds).slice(2);
+export const lengthText = (seconds) =>
+  String(Math.floor(seconds / 3600)).padStart(2, "0") + timeText(seconds).slice(2);
 export const serviceOf = (schedule) => parseInt(schedule.id, 10);
 
 const browserOffset = (epoch) => -60 * new Date(epoch * 1000).getTimezoneOffset();
@@ -28,26 +32,25 @@ const browserOffset = (epoch) => -60 * new Date(epoch * 1000).getTimezoneOffset(
 /**
  * The appliance's clock, as far as its answers show it.
  *
- * The server reads a date and time with the daylight saving in force now, and no method tells the UTC offset of another
- * date. So the clock learns: each schedule shows the offset at its start. For a wanted wall time it takes the offset of
- * the browser's zone if that agrees with everything learned, else that of the nearest known start. Whoever saves reads
- * the schedule back: if the guess was wrong, its own text has now taught the clock the right offset, and it is moved
- * once. What is sent as date and time is then the reading of the epoch under the offset in force now.
+ * The server reads a date and a time with the UTC offset in force now, and no method tells the
+ * offset of another date. So the clock learns: each schedule shows the offset at its start. For a
+ * wanted wall time it takes the offset of the browser's zone if that agrees with everything
+ * learned, otherwise that of the nearest known start. After a save the schedule is read back. If
+ * the offset was wrong, its text has now taught the clock the right one, and it is moved once.
  */
 export class Clock {
   #known = new Map(); // [wall, offset], one for each day and offset
   #zone;
   #zoneAgrees = true;
-  #now = Date.now() / 1000; // the browser's, until the appliance's is known
-  #readAt = performance.now();
+  #ahead = 0; // seconds by which the browser's clock is behind
   #offsetNow;
 
   constructor(zone = browserOffset) {
     this.#zone = zone;
-    this.#offsetNow = zone(this.#now);
+    this.#offsetNow = zone(this.now());
   }
 
-  /** Takes the wall time that the server shows for an epoch; it is cut to the minute. */
+  /** Takes the wall time that the server shows for an epoch, to the minute. */
   learn(wall, epoch) {
     if (Number.isNaN(wall)) return;
     const offset = wall - Math.floor(epoch / 60) * 60;
@@ -55,15 +58,14 @@ export class Clock {
     this.#zoneAgrees &&= this.#zone(epoch) === offset;
   }
 
-  /** Takes the wall time of now, cut to the minute, and its epoch. Offsets are quarters of an hour. */
+  /** Takes the wall time of now, to the minute, and its epoch. Offsets are quarters of an hour. */
   setNow(wall, epoch) {
     this.#offsetNow = Math.round((wall - epoch) / 900) * 900;
-    this.#now = epoch;
-    this.#readAt = performance.now();
+    this.#ahead = epoch - Date.now() / 1000;
     this.learn(Math.floor(epoch / 60) * 60 + this.#offsetNow, epoch);
   }
 
-  now() { return this.#now + (performance.now() - this.#readAt) / 1000; }
+  now() { return Date.now() / 1000 + this.#ahead; }
   wallNow() { return this.now() + this.#offsetNow; }
 
   epochOf(wall) {
@@ -75,28 +77,26 @@ export class Clock {
     return wall - nearest[1];
   }
 
-  /** How an epoch is sent to a method that takes a date and a time. */
+  /** The date and the time that stand for an epoch in a request. */
   reading(epoch) {
-    return { date: dateText(epoch + this.#offsetNow), time: timeText(epoch + this.#offsetNow) };
+    const wall = epoch + this.#offsetNow;
+    return [dateText(wall), timeText(wall)];
   }
 }
 
 /**
- * When a schedule records: `rule` is what getinfo_repeat answers, null for a one-shot schedule. A repeat schedule whose
- * rule is not known yet (undefined) counts on its first day.
+ * When a schedule records. `rule` is the answer of getinfo_repeat, or null for a one-shot schedule.
+ * A repeat schedule whose rule is not known yet (undefined) counts on its first day.
  */
 export function planOf(schedule, rule = undefined) {
   const wall = wallOf(schedule.start);
   const length = schedule.duration > 0 ? schedule.duration : UNKNOWN_LENGTH;
   const plan = { schedule, rule, wall, length, epoch: schedule.start_time };
   if (!rule) return { ...plan, selected: null, lastDay: dayOf(wall) };
-  const flags = String(rule.weekdaystatus).split(",");
-  const end = /^\d{4}-\d\d-\d\d$/.test(rule.end_date) ? wallOf(rule.end_date) : Infinity;
-  return {
-    ...plan,
-    selected: flags.map((flag) => parseInt(flag, 10) === 1),
-    lastDay: Math.min(end, rule.isweekly ? Infinity : dayOf(wall) + 6 * DAY),
-  };
+  const selected = String(rule.weekdaystatus).split(",").map((flag) => parseInt(flag, 10) === 1);
+  const end = isDate(rule.end_date) ? wallOf(rule.end_date) : Infinity;
+  const lastDay = rule.isweekly ? end : Math.min(end, dayOf(wall) + 6 * DAY);
+  return { ...plan, selected, lastDay };
 }
 
 /** What a plan records on the days from `from` to `to`, both included. */
@@ -107,16 +107,18 @@ export function occurrencesOf(plan, from, to, clock) {
     if (plan.selected && !plan.selected[weekdayOf(day)]) continue;
     const begin = day + plan.wall - firstDay;
     const epoch = day === firstDay ? plan.epoch : clock.epochOf(begin);
-    found.push({ plan, begin, end: begin + plan.length, epoch, endEpoch: epoch + plan.length, collides: false });
+    const [end, endEpoch] = [begin + plan.length, epoch + plan.length];
+    found.push({ plan, begin, end, epoch, endEpoch, collides: false });
   }
   return found;
 }
 
-// The recording service makes a one-shot schedule of a repeat schedule's next occurrence: one recording, shown once.
+// The recording service makes a one-shot schedule of a repeat schedule's next occurrence. The two
+// are one recording and are shown once.
 function withoutTwins(occurrences) {
-  const keyOf = (occurrence) => `${occurrence.epoch} ${serviceOf(occurrence.plan.schedule)}`;
+  const keyOf = ({ epoch, plan }) => `${epoch} ${serviceOf(plan.schedule)}`;
   const single = new Set(occurrences.filter(({ plan }) => !plan.selected).map(keyOf));
-  return occurrences.filter((occurrence) => !occurrence.plan.selected || !single.has(keyOf(occurrence)));
+  return occurrences.filter((one) => !one.plan.selected || !single.has(keyOf(one)));
 }
 
 /** Whether two occurrences overlap, half-open: one may begin when the other ends. */
@@ -131,18 +133,18 @@ function markCollisions(occurrences) {
   }
 }
 
-/** All that is recorded in the seven days from `week` on, by time and with collisions marked. */
+/** All recordings in the seven days from `week` on, sorted by time, with collisions marked. */
 export function occurrencesOfWeek(plans, week, clock) {
   const found = plans.flatMap((plan) => {
     const before = Math.ceil(plan.length / DAY) * DAY;
-    return occurrencesOf(plan, week - before, week + 6 * DAY, clock).filter(({ end }) => end > week);
+    return occurrencesOf(plan, week - before, week + 6 * DAY, clock);
   });
-  const shown = withoutTwins(found).sort((a, b) => a.begin - b.begin);
+  const shown = withoutTwins(found.filter(({ end }) => end > week));
   markCollisions(shown);
-  return shown;
+  return shown.sort((a, b) => a.begin - b.begin);
 }
 
-// Gives boxes that touch in time columns of their own; all of one cluster share its number of columns.
+// Gives boxes that overlap columns of their own. All boxes of a cluster have as many columns.
 function setColumns(boxes) {
   let cluster = [];
   let ends = []; // of the last box of each column
@@ -160,20 +162,28 @@ function setColumns(boxes) {
   close();
 }
 
-/** The boxes of each of the seven days; `top` and `bottom` are seconds from midnight, `column` is one of `columns`. */
+/**
+ * The boxes of each of the seven days. `top` and `bottom` are seconds from midnight, `column` is
+ * one of `columns`.
+ */
 export function boxesOfWeek(occurrences, week) {
   return Array.from({ length: 7 }, (_, index) => {
     const day = week + index * DAY;
-    const boxes = occurrences.filter(({ begin, end }) => begin < day + DAY && end > day).map((occurrence) => {
-      const { begin, end } = occurrence;
-      return { occurrence, top: Math.max(begin - day, 0), bottom: Math.min(end - day, DAY), continued: begin < day };
+    const own = occurrences.filter(({ begin, end }) => begin < day + DAY && end > day);
+    const boxes = own.map((occurrence) => {
+      const top = Math.max(occurrence.begin - day, 0);
+      const bottom = Math.min(occurrence.end - day, DAY);
+      return { occurrence, top, bottom, continued: occurrence.begin < day };
     });
     setColumns(boxes);
     return { day, boxes };
   });
 }
 
-/** The plans that a planned one would collide with. One week after both have begun shows all that two rules can do. */
+/**
+ * The plans with which a new one would collide. One week after both have begun shows every way in
+ * which two rules can meet.
+ */
 export function collisionsWith(candidate, plans, clock) {
   return plans.filter((plan) => {
     const spread = Math.ceil(Math.max(plan.length, candidate.length) / DAY) * DAY;
@@ -181,6 +191,7 @@ export function collisionsWith(candidate, plans, clock) {
     const last = Math.min(plan.lastDay, candidate.lastDay, first + 7 * DAY);
     const [from, to] = [Math.min(first, last) - spread, Math.max(first, last) + spread];
     const theirs = occurrencesOf(plan, from, to, clock);
-    return occurrencesOf(candidate, from, to, clock).some((mine) => theirs.some((other) => overlap(mine, other)));
+    return occurrencesOf(candidate, from, to, clock)
+      .some((mine) => theirs.some((other) => overlap(mine, other)));
   });
 }

@@ -1,10 +1,10 @@
-// The week as seven columns of boxes; the style sheet makes a list of days of it on a narrow screen.
-import { DAY, boxesOfWeek, dayOf, occurrencesOfWeek } from "./week.js";
-import { dayName, describe, element, marksOf, spanOf, weekName } from "./words.js";
+// Shows a week as seven columns of boxes. On a narrow screen the style sheet makes it a day list.
+import { DAY, boxesOfWeek, dayOf, occurrencesOfWeek, timeText } from "./week.js";
+import { dayName, describe, element, marksOf, weekName } from "./words.js";
 
 const SHORT = 1800; // seconds; a shorter box has room for one line
 
-/** The view in a section; `open` is called with the plan of a chosen box. */
+/** The view in a section. `open` receives the plan of a clicked box. */
 export function makeWeekView(section, heading, open) {
   const hours = element("div", "hours");
   for (let hour = 0; hour < 24; hour++) hours.append(element("span", "", `${hour}:00`));
@@ -17,9 +17,12 @@ export function makeWeekView(section, heading, open) {
   function makeBox({ occurrence, top, bottom, column, columns, continued }) {
     const { plan, begin, end, collides } = occurrence;
     const marks = marksOf(plan.schedule, { collides, continued });
-    const box = describe(["box", ...marks].join(" "), spanOf(begin, end), plan.schedule, marks);
-    const place = { top: top / DAY, height: (bottom - top) / DAY, left: column / columns, width: 1 / columns };
-    for (const [name, value] of Object.entries(place)) box.style.setProperty(`--${name}`, value);
+    const until = element("span", "until", `–${timeText(end)}`);
+    const box = describe("box", plan.schedule, marks, timeText(begin), until);
+    box.style.setProperty("--top", top / DAY);
+    box.style.setProperty("--height", (bottom - top) / DAY);
+    box.style.setProperty("--left", column / columns);
+    box.style.setProperty("--width", 1 / columns);
     box.classList.toggle("short", bottom - top < SHORT);
     box.title = box.textContent;
     box.dataset.key = `box ${plan.schedule.primeid} ${begin} ${continued}`;
@@ -39,22 +42,25 @@ export function makeWeekView(section, heading, open) {
     return column;
   }
 
-  /** Moves the line of now, and makes faint what has passed. */
+  /** Moves the line of now, and fades what has passed. */
   function tick() {
     if (!clock) return;
     const today = dayOf(clock.wallNow());
     line.remove();
     line.style.setProperty("--top", (clock.wallNow() - today) / DAY);
-    section.querySelectorAll(".day").forEach((day) => day.classList.toggle("today", Number(day.dataset.day) === today));
+    for (const day of section.querySelectorAll(".day")) {
+      day.classList.toggle("today", Number(day.dataset.day) === today);
+    }
     section.querySelector(".today")?.append(line);
-    for (const [box, occurrence] of boxes) box.classList.toggle("passed", occurrence.endEpoch <= clock.now());
+    for (const [box, one] of boxes) box.classList.toggle("passed", one.endEpoch <= clock.now());
   }
 
-  // A week that was not shown before begins at its first box, today's at now.
+  // A week that was not shown before begins near now, or near its first box.
   function scroll(week) {
-    if (scrolledTo === week || !boxes.length) return;
+    const goals = line.isConnected ? [line] : boxes.map(([box]) => box);
+    if (scrolledTo === week || !goals.length) return;
     scrolledTo = week;
-    const goal = line.isConnected ? line.offsetTop : Math.min(...boxes.map(([box]) => box.offsetTop));
+    const goal = Math.min(...goals.map((one) => one.offsetTop));
     section.scrollTop = goal - section.clientHeight / 4;
   }
 
@@ -62,7 +68,8 @@ export function makeWeekView(section, heading, open) {
     clock = ownClock;
     boxes = [];
     heading.textContent = weekName(week, week + 6 * DAY);
-    section.replaceChildren(hours, ...boxesOfWeek(occurrencesOfWeek(plans, week, clock), week).map(makeDay));
+    const days = boxesOfWeek(occurrencesOfWeek(plans, week, clock), week);
+    section.replaceChildren(hours, ...days.map(makeDay));
     tick();
     scroll(week);
   }

@@ -1,48 +1,44 @@
-// What the page says of a schedule: times, status and names in words.
-import { timeText } from "./week.js";
+// Puts schedules into words: their times, status, days and names, and the elements that show them.
 import { isRepeat } from "./schedules.js";
+import { timeText } from "./week.js";
 
-// The page is English; a browser of another language gets the dates of one that counts 24 hours.
+// The page is English. A browser in another language gets British dates.
 const LOCALE = /^en\b/i.test(navigator.language) ? navigator.language : "en-GB";
-const formatOf = (options) => {
-  const format = new Intl.DateTimeFormat(LOCALE, { timeZone: "UTC", ...options }); // they are wall times
-  return (wall) => format.format(wall * 1000);
-};
+const DATE = { timeZone: "UTC", day: "numeric", month: "short" }; // wall times have no zone
+const DAY_FORMAT = new Intl.DateTimeFormat(LOCALE, { ...DATE, weekday: "short" });
+const WEEK_FORMAT = new Intl.DateTimeFormat(LOCALE, { ...DATE, year: "numeric" });
 
-const RANGE = new Intl.DateTimeFormat(LOCALE, { timeZone: "UTC", day: "numeric", month: "long", year: "numeric" });
-
-export const dayName = formatOf({ weekday: "short", day: "numeric", month: "short" });
-export const weekName = (first, last) => RANGE.formatRange(first * 1000, last * 1000);
 export const FIRST_WEEKDAY = new Intl.Locale(LOCALE).getWeekInfo?.().firstDay % 7 || 0;
+export const dayName = (wall) => DAY_FORMAT.format(wall * 1000);
+export const weekName = (first, last) => WEEK_FORMAT.formatRange(first * 1000, last * 1000);
 
 export const channelOf = (schedule) => schedule.channel_name || `Channel ${schedule.id}`;
 export const nameOf = (schedule) => schedule.title || channelOf(schedule);
-export const spanOf = (begin, end) => `${timeText(begin)}–${timeText(end)}`;
-export const whenOf = ({ wall }) => (Number.isNaN(wall) ? "at no known time" : `${dayName(wall)}, ${timeText(wall)}`);
+export const whenOf = ({ wall }) =>
+  (Number.isNaN(wall) ? "at no known time" : `${dayName(wall)}, ${timeText(wall)}`);
 
-// The stores' other statuses are the recording service's own, and the API gives them no names.
+// The other statuses are the recording service's own; the API does not name them.
 const STATUS = { 0: "Unknown status", 1: "Scheduled", 12: "Repeats" };
 
-/** The status in words; what the appliance calls scheduled is known better from the time. */
+/** The status in words. The time tells whether a scheduled recording runs or has passed. */
 export function statusOf({ schedule, epoch, length }, now) {
   const { status } = schedule;
-  if (status === 1 && epoch + length <= now) return "Passed";
-  if (status === 1 && epoch <= now) return "On now";
-  return STATUS[status] ?? `${isRepeat(schedule) ? "Repeats, service" : "Service"} status ${status}`;
+  if (status === 1 && epoch <= now) return epoch + length <= now ? "Passed" : "On now";
+  return STATUS[status] ?? `Service status ${status}`;
 }
 
 const SUNDAY_FIRST = ["Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"];
 
-/** On which days a repeat schedule records. */
+/** The days on which a repeat schedule records. */
 export function rhythmOf({ selected, rule, lastDay }) {
   if (!selected) return "";
-  const days = SUNDAY_FIRST.filter((_, day) => selected[day]);
+  const days = SUNDAY_FIRST.filter((_, index) => selected[index]);
   const which = days.length === 7 ? "every day" : days.join(", ");
   if (!rule.isweekly) return `${which}, one week`;
   return lastDay === Infinity ? which : `${which}, until ${dayName(lastDay)}`;
 }
 
-/** What marks a schedule, as names of classes; the style sheet colours them. */
+// What marks a schedule: the class that colours it, and the sign that stands after its time.
 const SIGNS = { repeats: "↻", "user-defined": "✎", collides: "⚠", continued: "…" };
 
 export function marksOf(schedule, more = {}) {
@@ -50,20 +46,19 @@ export function marksOf(schedule, more = {}) {
   return Object.keys(marks).filter((name) => marks[name]);
 }
 
-/** Time, title and channel, as a box and a row show them; signs are read out as words. */
-export function describe(className, when, schedule, marks) {
-  const signs = marks.flatMap((name) => {
-    const sign = element("span", "", SIGNS[name]);
-    sign.ariaHidden = "true";
-    return [" ", sign, element("span", "spoken", name)];
-  });
-  const button = element("button", className, element("span", "when", when, ...signs), " ",
-    element("span", "title", nameOf(schedule)), " ", element("span", "channel", channelOf(schedule)));
+/** A button with the time, marks, title and channel of a schedule. */
+export function describe(className, schedule, marks, ...when) {
+  const signOf = (name) =>
+    Object.assign(element("span", "", SIGNS[name]), { role: "img", ariaLabel: name });
+  const button = element("button", [className, ...marks].join(" "),
+    element("span", "when", ...when, ...marks.flatMap((name) => [" ", signOf(name)])), " ",
+    element("span", "title", nameOf(schedule)), " ",
+    element("span", "channel", channelOf(schedule)));
   button.type = "button";
   return button;
 }
 
-/** An element with a class and texts or elements in it. Texts are never markup. */
+/** An element with a class and with texts or elements in it. Texts are never markup. */
 export function element(tag, className, ...content) {
   const made = Object.assign(document.createElement(tag), { className });
   made.append(...content);
