@@ -32,14 +32,15 @@ FILL = """
       else fields[name][typeof value === "boolean" ? "checked" : "value"] = value;
     }
     fields[0].form.dispatchEvent(new Event("input"));"""
+WAYS = {
+    "image": "new Image().src = url",
+    "link": "document.write(`<a href=${url}>`); document.links[0].click()",
+    "form": "document.write(`<form method=post action=${url}>`); document.forms[0].submit()",
+    "fetch": "fetch(url, {mode: 'no-cors', credentials: 'include'}).then((it) => it.text())"}
 
 
 def start_of(record):
     return datetime.datetime.fromtimestamp(record["start_time"], BERLIN).replace(tzinfo=None)
-
-
-# What the page says when a question was answered with yes, and that is done.
-DONE = {"Delete": "Deleted", "Clear": "cleared", "Stop": "told to stop"}
 
 
 @pytest.fixture(scope="module")
@@ -59,8 +60,7 @@ def browser():
     if not shutil.which("chromedriver") or not shutil.which("chromium"):
         pytest.skip("there is no chromium with a chromedriver")
     options = webdriver.ChromeOptions()
-    options.add_experimental_option("prefs", {"intl.accept_languages": "en-GB"})
-    for option in ("headless=new", "no-sandbox", "disable-dev-shm-usage"):
+    for option in ("headless=new", "no-sandbox", "disable-dev-shm-usage", "accept-lang=en-GB"):
         options.add_argument(f"--{option}")
     environment = os.environ | {"TZ": "Asia/Kolkata", "LC_ALL": "C"}
     with webdriver.Chrome(service=Service(env=environment), options=options) as chrome:
@@ -74,14 +74,13 @@ class Page:
         self.server, self.browser, self.stored = server, browser, server.appliance.stored
         self.tell = browser.execute_cdp_cmd
 
-    def open(self, fragment="", login="viewer", width=1280):
+    def open(self, login="viewer", width=1280):
         word = base64.b64encode(f"{login}:{login}".encode()).decode()
         self.tell("Network.enable", {})
         self.tell("Network.setExtraHTTPHeaders", {"headers": {"Authorization": f"Basic {word}"}})
         self.tell("Emulation.setDeviceMetricsOverride",
                   {"width": width, "height": 900, "deviceScaleFactor": 1, "mobile": False})
-        self.browser.get("about:blank")
-        self.browser.get(f"{self.server.url}/#{fragment}")
+        self.browser.get(self.server.url)
         self.see("main[aria-busy=false]")
 
     def all(self, selector, words=""):
@@ -108,13 +107,10 @@ class Page:
     def save(self):
         self.click_until("#recording [type=submit]", "", "Saved")
 
-    def press(self, selector, answer):
+    def press(self, selector, answer, words=""):
         """Presses a button, and answers the question that it asks."""
         self.see(selector).click()
-        if answer == "Cancel":
-            self.see("#question[open] button", answer).click()
-        else:
-            self.click_until("#question[open] button", answer, DONE[answer])
+        self.click_until("#question[open] button", answer, words)
 
     def records(self):
         """What is stored, as its local start, title, channel, length and rule."""
@@ -174,15 +170,14 @@ def test_page_creates_changes_and_deletes(page, kind, title, is_repeat):
         page.change(title or "9@8", time="04:20", day=flags, endless=False, weekly=False, end=end)
     page.press("#delete", "Cancel")
     assert page.records() > before and page.browser.title == "Scheduled recordings"
-    page.press("#delete", "Delete")
+    page.press("#delete", "Delete", "Deleted")
     assert (page.records(), page.stored().user_defined) == (before, forms)
 
 
 def test_page_names_and_marks_collisions(page):
     day = (TODAY + 2 * DAY).date()
     page.open()
-    if TODAY.weekday() > 4:
-        page.see("#next").click()
+    page.see("#next" if TODAY.weekday() > 4 else "#today").click()
     page.change(kind="userdefine", date=str(day), time="21:49", title="Late News", duration="01:00")
     page.see("#collisions", "Collides with Die Uhrmacherin")
     page.save()
@@ -234,8 +229,9 @@ def test_page_asks_once_before_it_clears_stops_and_deletes_several(page):
     page.open()
     for title in ("Abendbericht", "Sand and Stars", "Gymnastik"):
         page.see(f"#list input[aria-label^='Choose {title}']").click()
-    for button, verb in (("#delete-chosen", "Delete"), ("#clear", "Clear"), ("#stop", "Stop")):
-        page.press(button, verb)
+    page.press("#delete-chosen", "Delete", "Deleted: 3 schedules")
+    page.press("#clear", "Clear", "cleared")
+    page.press("#stop", "Stop", "told to stop")
     kept = {record[1] for record in page.records()}
     assert len(kept) == 7 and not kept & {"Abendbericht", "Sand and Stars", "Das Haus am Mühlbach"}
     assert page.stored().commands[-2:] == ["stop 0 -1 -1 -1", "reload"]
@@ -261,3 +257,18 @@ def test_page_says_that_it_waits_and_that_the_server_is_lost(page):
         page.see(selector, words)
         page.see("main[aria-busy=false]")
     assert not page.all("#alert", "answer")
+
+
+@pytest.mark.parametrize("way", WAYS)
+@pytest.mark.parametrize("host", ["127.0.0.1", "localhost", "own"])
+def test_page_of_another_port_or_site_changes_nothing(server, web_server, browser, host, way):
+    page, own = Page(web_server, browser), host == "own"
+    page.tell("Network.setExtraHTTPHeaders", {"headers": {}})
+    for url in (web_server.url, web_server.url if own else server.url.replace("127.0.0.1", host)):
+        browser.get(url.replace("//", "//viewer:viewer@") + "/style.css")  # logs in
+    before = page.stored()
+    url = f"{web_server.url}/webapi/schedule_recording?method=delete_passed&tuner=0"
+    browser.execute_script(f"const url = arguments[0]; {WAYS[way]}", url)
+    answered = "return performance.getEntriesByName(arguments[0]).length"
+    WebDriverWait(browser, 5).until(lambda _: browser.execute_script(answered, url))
+    assert (page.stored() != before) == own
