@@ -39,10 +39,10 @@ export function rhythmOf({ selected, rule, lastDay }) {
 }
 
 // What marks a schedule: the class that colours it, and the sign that stands after its time.
-const SIGNS = { repeats: "↻", "user-defined": "✎", collides: "⚠", continued: "…" };
+const SIGNS = { collides: "⚠", continued: "…", repeats: "↻", "user-defined": "✎" };
 
 export function marksOf(schedule, more = {}) {
-  const marks = { repeats: isRepeat(schedule), "user-defined": schedule.is_userdefine, ...more };
+  const marks = { ...more, repeats: isRepeat(schedule), "user-defined": schedule.is_userdefine };
   return Object.keys(marks).filter((name) => marks[name]);
 }
 
