@@ -22,7 +22,9 @@ using standin::DayOf;
 using standin::DurationOf;
 using standin::LocalTime;
 using std::chrono::days;
+using std::chrono::seconds;
 using std::chrono::sys_days;
+using std::chrono::sys_seconds;
 
 constexpr std::int64_t kDaySeconds = 86400;
 
@@ -48,18 +50,6 @@ Wanted WantedAt(int start, int duration)
     return {interval, before, before == after && duration <= kDaySeconds};
 }
 
-/// Returns the time at which the local clock shows `timeOfDay` on `day`.
-std::int64_t EpochOn(sys_days day, std::tm const& timeOfDay)
-{
-    std::chrono::year_month_day const date(day);
-    std::tm local = timeOfDay;
-    local.tm_year = static_cast<int>(date.year()) - 1900;
-    local.tm_mon = static_cast<int>(static_cast<unsigned>(date.month())) - 1;
-    local.tm_mday = static_cast<int>(static_cast<unsigned>(date.day()));
-    local.tm_isdst = -1;
-    return std::mktime(&local);
-}
-
 /// The occurrences of a repeat record.
 class Recurrence {
 public:
@@ -78,53 +68,42 @@ public:
 
     bool Overlaps(Wanted const& wanted) const
     {
-        return wanted.isOffsetSteady && m_duration <= kDaySeconds ? OverlapsBySeconds(wanted)
-                                                                  : OverlapsByCalendar(wanted);
-    }
-
-private:
-    /// All days have 24 hours, so arithmetic finds the few occurrences that are close enough.
-    bool OverlapsBySeconds(Wanted const& wanted) const
-    {
-        std::int64_t const shift =
-            wanted.offset - (m_first.tm_hour * 3600 + m_first.tm_min * 60 + m_first.tm_sec);
-        auto const dayOf = [shift](std::int64_t time) {
-            std::chrono::sys_seconds const shifted{std::chrono::seconds(time + shift)};
-            return std::chrono::floor<days>(shifted);
+        bool const isOffsetSteady = wanted.isOffsetSteady && m_duration <= kDaySeconds;
+        auto const dayAt = [&wanted](std::int64_t time) {
+            return std::chrono::floor<days>(sys_seconds(seconds(time + wanted.offset)));
         };
-        sys_days const last = dayOf(wanted.interval.end - 1);
-        for (sys_days day = dayOf(wanted.interval.begin - m_duration) + days(1); day <= last;
-             day += days(1)) {
-            if (OccursOn(day)) {
+        // Two days more at both ends: the offset there can differ by up to a day.
+        sys_days const last = std::min(m_lastDay, dayAt(wanted.interval.end) + days(2));
+        for (sys_days day =
+                 std::max(m_firstDay, dayAt(wanted.interval.begin - m_duration) - days(2));
+             day <= last; day += days(1)) {
+            if (!m_selected[std::chrono::weekday(day).c_encoding()]) {
+                continue;
+            }
+            std::int64_t const begin =
+                isOffsetSteady ? LocalSecondsOn(day) - wanted.offset : EpochOn(day);
+            if (Interval{begin, begin + m_duration}.Overlaps(wanted.interval)) {
                 return true;
             }
         }
         return false;
     }
 
-    /// Days of the local calendar differ in length, so each occurrence is asked from the calendar,
-    /// and the range is one day longer at both ends.
-    bool OverlapsByCalendar(Wanted const& wanted) const
+private:
+    /// Returns the start of the occurrence on a day, as seconds of the local clock.
+    std::int64_t LocalSecondsOn(sys_days day) const
     {
-        Interval const& interval = wanted.interval;
-        sys_days const last = DayOf(LocalTime(interval.end)) + days(1);
-        for (sys_days day =
-                 std::max(m_firstDay, DayOf(LocalTime(interval.begin - m_duration)) - days(1));
-             day <= std::min(last, m_lastDay); day += days(1)) {
-            if (OccursOn(day)) {
-                std::int64_t const begin = EpochOn(day, m_first);
-                if (Interval{begin, begin + m_duration}.Overlaps(interval)) {
-                    return true;
-                }
-            }
-        }
-        return false;
+        return seconds(day.time_since_epoch()).count() + m_first.tm_hour * 3600 +
+               m_first.tm_min * 60 + m_first.tm_sec;
     }
 
-    bool OccursOn(sys_days day) const
+    /// Returns the same in epoch seconds. Asks the local calendar, which takes long.
+    std::int64_t EpochOn(sys_days day) const
     {
-        return m_firstDay <= day && day <= m_lastDay &&
-               m_selected[std::chrono::weekday(day).c_encoding()];
+        std::tm local = m_first;
+        local.tm_mday += static_cast<int>((day - m_firstDay).count());
+        local.tm_isdst = -1;
+        return std::mktime(&local);
     }
 
     std::int64_t m_duration;
