@@ -1,6 +1,9 @@
 /// @file A writer that visits each value of a document once.
 #include "platform/standin/json_writer.h"
 
+#include <rapidjson/encodings.h>
+#include <rapidjson/memorystream.h>
+
 #include <array>
 #include <charconv>
 #include <cstdint>
@@ -16,43 +19,21 @@ namespace {
 
 constexpr std::uint32_t kReplacement = 0xFFFD;
 
+/// Room for a few hundred schedules, so that their text is not moved while it grows.
+constexpr std::size_t kUsualSize = 100'000;
+
 struct CodePoint {
     std::uint32_t value;
     std::size_t length; ///< bytes taken
 };
 
-/// A length of UTF-8 sequence: its first byte, and the code points that need it.
-struct Form {
-    unsigned char lead, mask;
-    std::uint32_t smallest, largest;
-};
-
-constexpr Form kForms[] = {{0xC0, 0xE0, 0x80, 0x7FF}, // two bytes, three, four
-                           {0xE0, 0xF0, 0x800, 0xFFFF},
-                           {0xF0, 0xF8, 0x10000, 0x10FFFF}};
-
-/// Decodes the UTF-8 sequence at the start of a text that starts with a byte above 0x7F.
-CodePoint DecodeWide(std::string_view text)
+/// Decodes the first character of a text, which is not empty.
+CodePoint DecodeFirst(std::string_view text)
 {
-    auto const byte = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    std::size_t length = 1;
-    for (Form const& form : kForms) {
-        ++length;
-        if ((byte(0) & form.mask) != form.lead || text.size() < length) {
-            continue;
-        }
-        std::uint32_t value = byte(0) & static_cast<unsigned char>(~form.mask);
-        bool isValid = true;
-        for (std::size_t i = 1; i < length; ++i) {
-            isValid = isValid && (byte(i) & 0xC0) == 0x80;
-            value = value << 6 | (byte(i) & 0x3FU);
-        }
-        bool const isSurrogate = value >= 0xD800 && value <= 0xDFFF;
-        if (isValid && !isSurrogate && value >= form.smallest && value <= form.largest) {
-            return {value, length};
-        }
-    }
-    return {kReplacement, 1};
+    rapidjson::MemoryStream stream(text.data(), text.size());
+    unsigned value = 0;
+    bool const isValid = rapidjson::UTF8<>::Decode(stream, &value);
+    return isValid ? CodePoint{value, stream.Tell()} : CodePoint{kReplacement, 1};
 }
 
 /// Which bytes stand for themselves in a JSON text. Looking a byte up here is most of what a long
@@ -73,7 +54,7 @@ constexpr PlainBytes kPlainUtf8 = PlainBytesUpTo(0x100);
 
 class TextWriter {
 public:
-    explicit TextWriter(PlainBytes const& plain) : m_plain(plain) {}
+    explicit TextWriter(PlainBytes const& plain) : m_plain(plain) { m_out.reserve(kUsualSize); }
 
     void Write(Json::Value const& value);
 
@@ -135,10 +116,7 @@ void TextWriter::WriteText(char const* begin, char const* end)
         }
         m_out.append(run, begin);
         if (begin != end) {
-            std::string_view const rest(begin, static_cast<std::size_t>(end - begin));
-            bool const isWide = static_cast<unsigned char>(rest[0]) >= 0x80;
-            CodePoint const point =
-                isWide ? DecodeWide(rest) : CodePoint{static_cast<std::uint32_t>(rest[0]), 1};
+            CodePoint const point = DecodeFirst({begin, end});
             WriteEscape(point.value);
             begin += point.length;
         }
