@@ -8,6 +8,7 @@
 #include <json/value.h>
 
 #include <string>
+#include <utility>
 
 namespace appliance {
 
@@ -49,18 +50,17 @@ inline bool FlagOf(Json::Value const& record, Json::StaticString const& name)
     return AsFlag(MemberOf(record, name));
 }
 
-/// Removes from an array (or null) the records that `isDropped` selects; returns whether there were
-/// any. The others keep their order. An element that is no object is no record: it is not asked
-/// about and keeps its place among the others.
+/// Removes from an array (or null) the elements that `isDropped` selects; returns whether there
+/// were any. The others keep their order.
 template <class Predicate>
-bool DropRecords(Json::Value& records, Predicate const& isDropped)
+bool DropElements(Json::Value& elements, Predicate const& isDropped)
 {
     Json::ArrayIndex kept = 0;
     Json::ArrayIndex index = 0;
-    for (Json::Value& record : records) {
-        bool const isKept = !record.isObject() || !isDropped(record);
+    for (Json::Value& element : elements) {
+        bool const isKept = !isDropped(std::as_const(element));
         if (isKept && kept != index) {
-            records[kept].swap(record);
+            elements[kept].swap(element);
         }
         kept += isKept ? 1 : 0;
         ++index;
@@ -68,8 +68,18 @@ bool DropRecords(Json::Value& records, Predicate const& isDropped)
     if (kept == index) {
         return false;
     }
-    records.resize(kept);
+    elements.resize(kept);
     return true;
+}
+
+/// Removes records like DropElements(). An element that is no object is no record: it is not asked
+/// about and stays.
+template <class Predicate>
+bool DropRecords(Json::Value& records, Predicate const& isDropped)
+{
+    return DropElements(records, [&isDropped](Json::Value const& element) {
+        return element.isObject() && isDropped(element);
+    });
 }
 
 } // namespace appliance

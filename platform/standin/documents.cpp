@@ -11,7 +11,8 @@
 
 namespace standin {
 
-Load LoadDocument(std::string const& path, Json::Value& document, ElementHook const& hook)
+Load LoadDocument(std::string const& path, Json::Value& document,
+                  std::span<Json::StaticString const> wanted)
 {
     document = Json::Value();
     UniqueFd const fd = OpenRegularFile(path.c_str());
@@ -22,7 +23,7 @@ Load LoadDocument(std::string const& path, Json::Value& document, ElementHook co
     if (!ReadToEnd(fd.Get(), text)) {
         return Load::kUnreadable;
     }
-    return ParseJson(std::move(text), document, hook) ? Load::kLoaded : Load::kNotJson;
+    return ParseJson(std::move(text), document, wanted) ? Load::kLoaded : Load::kNotJson;
 }
 
 bool ReplaceFile(std::string const& path, Json::Value const& document)

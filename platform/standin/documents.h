@@ -5,6 +5,7 @@
 
 #include <json/value.h>
 
+#include <span>
 #include <string>
 
 namespace standin {
@@ -17,8 +18,10 @@ enum class Load {
     kNotJson,
 };
 
-/// Loads a JSON file. `document` is null unless it was loaded. `hook` is called as by ParseJson().
-Load LoadDocument(std::string const& path, Json::Value& document, ElementHook const& hook = {});
+/// Loads a JSON file. `document` is null unless it was loaded. Reads the members `wanted`, as
+/// ParseJson() does.
+Load LoadDocument(std::string const& path, Json::Value& document,
+                  std::span<Json::StaticString const> wanted = {});
 
 /// Replaces a file by a document in one line, as part of the transaction in progress. Texts are
 /// written as UTF-8. See WriteWholeFile() for what a failure leaves.

@@ -47,8 +47,8 @@ Json::Value NumberOf(char const* begin, char const* end)
 /// Receives the events of RapidJSON's reader, in the order of the text. False ends the reading.
 class DocumentBuilder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, DocumentBuilder> {
 public:
-    DocumentBuilder(Json::Value& document, ElementHook const& hook)
-        : m_member(&document), m_hook(hook)
+    DocumentBuilder(Json::Value& document, std::span<Json::StaticString const> wanted)
+        : m_member(&document), m_wanted(wanted)
     {
     }
 
@@ -72,7 +72,15 @@ public:
 
     bool Key(char const* text, rapidjson::SizeType length, bool /*isTransient*/)
     {
-        m_member = m_open.back()->demand(text, text + length);
+        Json::Value& object = *m_open.back();
+        bool const isElement = m_open.size() == 2 && m_open.front()->isArray();
+        if (m_wanted.empty() || !isElement) {
+            m_member = object.demand(text, text + length);
+            return true;
+        }
+        std::string_view const name(text, length);
+        auto const found = std::ranges::find(m_wanted, name, &Json::StaticString::c_str);
+        m_member = found != m_wanted.end() ? &object[*found] : &m_unwanted;
         return true;
     }
 
@@ -86,9 +94,7 @@ private:
 
     bool Put(Json::Value value)
     {
-        Json::Value& slot = Slot();
-        slot.swap(value);
-        Complete(slot);
+        Slot().swap(value);
         return true;
     }
 
@@ -105,24 +111,15 @@ private:
 
     bool Close()
     {
-        Json::Value& container = *m_open.back();
         m_open.pop_back();
-        Complete(container);
         return true;
     }
 
-    void Complete(Json::Value& value)
-    {
-        bool const isElement = m_open.size() == 1 && m_open.front()->isArray();
-        if (isElement && m_hook) {
-            m_hook(value);
-        }
-    }
-
-    std::vector<Json::Value*>
-        m_open; ///< the arrays and objects that are not complete, outermost first
-    Json::Value* m_member;
-    ElementHook const& m_hook;
+    /// The arrays and objects that are not complete, outermost first.
+    std::vector<Json::Value*> m_open;
+    Json::Value* m_member;  ///< the place of the next value, unless that is an element
+    Json::Value m_unwanted; ///< the place of members that are not wanted
+    std::span<Json::StaticString const> m_wanted;
 };
 
 /// Returns the UTF-16 unit of an escape "\\uXXXX" at a position; none if there is no such escape.
@@ -182,12 +179,13 @@ void ReplaceHugeNumbers(std::string& text)
 }
 
 /// Reads a text into a document, decoding strings in place.
-rapidjson::ParseErrorCode Read(std::string& text, Json::Value& document, ElementHook const& hook)
+rapidjson::ParseErrorCode Read(std::string& text, Json::Value& document,
+                               std::span<Json::StaticString const> wanted)
 {
     document = Json::Value();
     std::size_t const begin = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
     rapidjson::InsituStringStream stream(&text[begin]);
-    DocumentBuilder builder(document, hook);
+    DocumentBuilder builder(document, wanted);
     // Numbers are passed on as text. Otherwise the reader allocates memory without checking for
     // failure.
     constexpr unsigned kFlags = rapidjson::kParseInsituFlag | rapidjson::kParseNumbersAsStringsFlag;
@@ -196,7 +194,7 @@ rapidjson::ParseErrorCode Read(std::string& text, Json::Value& document, Element
 
 } // namespace
 
-bool ParseJson(std::string text, Json::Value& document, ElementHook const& hook)
+bool ParseJson(std::string text, Json::Value& document, std::span<Json::StaticString const> wanted)
 {
     document = Json::Value();
     if (text.find('\0') != std::string::npos) {
@@ -204,10 +202,10 @@ bool ParseJson(std::string text, Json::Value& document, ElementHook const& hook)
     }
     ReplaceLoneSurrogates(text);
     std::string original = text;
-    rapidjson::ParseErrorCode error = Read(text, document, hook);
+    rapidjson::ParseErrorCode error = Read(text, document, wanted);
     if (error == rapidjson::kParseErrorNumberTooBig) {
         ReplaceHugeNumbers(original);
-        error = Read(original, document, hook);
+        error = Read(original, document, wanted);
     }
     if (error != rapidjson::kParseErrorNone) {
         document = Json::Value();

@@ -26,9 +26,10 @@ using standin::ChangeRecords;
 using standin::ScheduleKey;
 using standin::SetErrno;
 
-std::string_view const kListed[] = {member::kStartTime.c_str(),   member::kChannelName.c_str(),
-                                    member::kDescription.c_str(), member::kDuration.c_str(),
-                                    member::kStatus.c_str(),      member::kTitle.c_str()};
+/// The members of a record that its entry in the list is made from.
+Json::StaticString const kListed[] = {
+    member::kStartTime, member::kChannelName, member::kDescription, member::kDuration,
+    member::kStatus,    member::kTitle,       member::kServiceId,   member::kFrequency};
 
 /// Removes a member and returns its value; null if there is none.
 Json::Value Take(Json::Value& record, Json::StaticString const& name)
@@ -36,21 +37,6 @@ Json::Value Take(Json::Value& record, Json::StaticString const& name)
     Json::Value value;
     record.removeMember(name.c_str(), &value);
     return value;
-}
-
-void DropUnlisted(Json::Value& record)
-{
-    std::vector<std::string> unlisted;
-    for (auto member = record.begin(); member != record.end(); ++member) {
-        char const* end = nullptr;
-        char const* const name = member.memberName(&end);
-        if (std::ranges::find(kListed, std::string_view(name, end)) == std::end(kListed)) {
-            unlisted.emplace_back(name, end);
-        }
-    }
-    for (std::string const& name : unlisted) {
-        record.removeMember(name);
-    }
 }
 
 /// Turns a stored record into its entry in the list, in place: a second document would need as much
@@ -61,20 +47,7 @@ void ToListEntry(Json::Value& record)
     if (auto const frequency = standin::FrequencyOf(Take(record, member::kFrequency))) {
         id += '@' + std::to_string(*frequency);
     }
-    DropUnlisted(record);
     record[member::kId] = id;
-}
-
-/// Removes the elements that are no records.
-void DropStrays(Json::Value& records)
-{
-    Json::Value kept(Json::arrayValue);
-    for (Json::Value& record : records) {
-        if (record.isObject()) {
-            kept.append(std::move(record));
-        }
-    }
-    records.swap(kept);
 }
 
 bool Matches(Json::Value const& record, ScheduleKey const& key)
@@ -106,19 +79,12 @@ Json::Value NewRecord(ScheduleKey const& key, int tuner, char const* uid)
 bool GetSchedule(Json::Value& out, int tuner)
 {
     Json::Value records;
-    bool hasStrays = false;
-    int const error = standin::LoadRecords(OneShotFile(tuner), records, [&](Json::Value& record) {
-        if (record.isObject()) {
-            ToListEntry(record);
-        } else {
-            hasStrays = true;
-        }
-    });
-    if (!SetErrno(out, error)) {
+    if (!SetErrno(out, standin::LoadRecords(OneShotFile(tuner), records, kListed))) {
         return false;
     }
-    if (hasStrays) {
-        DropStrays(records);
+    DropElements(records, [](Json::Value const& element) { return !element.isObject(); });
+    for (Json::Value& record : records) {
+        ToListEntry(record);
     }
     out[member::kList].swap(records);
     return true;

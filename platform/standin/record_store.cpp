@@ -15,9 +15,10 @@ namespace standin {
 
 using namespace appliance;
 
-int LoadRecords(std::string const& path, Json::Value& records, ElementHook const& hook)
+int LoadRecords(std::string const& path, Json::Value& records,
+                std::span<Json::StaticString const> wanted)
 {
-    Load const result = LoadDocument(path, records, hook);
+    Load const result = LoadDocument(path, records, wanted);
     if (records.isNull() && (result == Load::kLoaded || result == Load::kMissing)) {
         records = Json::Value(Json::arrayValue);
     }

@@ -6,13 +6,15 @@
 #include <json/value.h>
 
 #include <functional>
+#include <span>
 #include <string>
 
 namespace standin {
 
 /// Loads a store. Returns 0 and an array, which is empty if there is no file or it holds null;
-/// otherwise EIO, with the reason logged. `hook` is called for each element as by ParseJson().
-int LoadRecords(std::string const& path, Json::Value& records, ElementHook const& hook = {});
+/// otherwise EIO, with the reason logged. Reads the members `wanted`, as ParseJson() does.
+int LoadRecords(std::string const& path, Json::Value& records,
+                std::span<Json::StaticString const> wanted = {});
 
 /// Changes a store. `change` edits the records and returns 0 to have them saved, kUnchanged to
 /// leave the file alone, or an errno. Returns the result of the store operation; see SetErrno().
