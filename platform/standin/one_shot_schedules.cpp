@@ -23,6 +23,7 @@ namespace {
 
 using namespace appliance;
 using standin::ChangeRecords;
+using standin::ChangeSchedule;
 using standin::ScheduleKey;
 using standin::SetErrno;
 
@@ -50,29 +51,16 @@ void ToListEntry(Json::Value& record)
     record[member::kId] = id;
 }
 
-bool Matches(Json::Value const& record, ScheduleKey const& key)
-{
-    return IntOf(record, member::kStartTime) == key.start &&
-           TextOf(record, member::kServiceId) == std::to_string(key.service);
-}
+/// Tells whether a stored record is of the schedule that a key names.
+struct Names {
+    ScheduleKey const& key;
 
-Json::Value NewRecord(ScheduleKey const& key, int tuner, char const* uid)
-{
-    standin::UserDefinedDetails details = standin::FindUserDefinedDetails(key.start, tuner);
-    Json::Value record(Json::objectValue);
-    record[member::kStartTime] = key.start;
-    record[member::kServiceId] = key.service;
-    if (key.frequency) {
-        record[member::kFrequency] = *key.frequency;
+    bool operator()(Json::Value const& record) const
+    {
+        return IntOf(record, member::kStartTime) == key.start &&
+               TextOf(record, member::kServiceId) == std::to_string(key.service);
     }
-    record[member::kStatus] = kStatusWaiting;
-    record[member::kChannelName].swap(details.channelName);
-    record[member::kTitle].swap(details.title);
-    record[member::kDescription].swap(details.description);
-    record[member::kDuration] = details.duration;
-    record[member::kUid] = uid;
-    return record;
-}
+};
 
 } // namespace
 
@@ -93,30 +81,24 @@ bool GetSchedule(Json::Value& out, int tuner)
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the appliance's library takes them by value
 bool AddSchedule(Json::Value& out, int tuner, std::string id, std::string start, char const* uid)
 {
-    auto const key = standin::ParseKey(id, start);
-    if (!key) {
-        return SetErrno(out, EINVAL);
-    }
-    return ChangeRecords(out, OneShotFile(tuner), [&](Json::Value& records) {
-        auto const matches = [&key](Json::Value const& record) { return Matches(record, *key); };
-        if (std::any_of(records.begin(), records.end(), matches)) {
+    auto const add = [tuner, uid](Json::Value& records, ScheduleKey const& key) {
+        if (std::any_of(records.begin(), records.end(), Names{key})) {
             return EEXIST;
         }
-        records.append(NewRecord(*key, tuner, uid));
+        Json::Value record = standin::NewRecord(key, kStatusWaiting, tuner, uid);
+        record[member::kServiceId] = key.service;
+        records.append(std::move(record));
         return 0;
-    });
+    };
+    return ChangeSchedule(out, OneShotFile(tuner), id, start, add);
 }
 
 bool DelSchedule(Json::Value& out, int tuner, char const* channelId, char const* start)
 {
-    auto const key = standin::ParseKey(channelId, start);
-    if (!key) {
-        return SetErrno(out, EINVAL);
-    }
-    return ChangeRecords(out, OneShotFile(tuner), [&](Json::Value& records) {
-        auto const matches = [&key](Json::Value const& record) { return Matches(record, *key); };
-        return DropRecords(records, matches) ? 0 : ENOENT;
-    });
+    auto const remove = [](Json::Value& records, ScheduleKey const& key) {
+        return DropRecords(records, Names{key}) ? 0 : ENOENT;
+    };
+    return ChangeSchedule(out, OneShotFile(tuner), channelId, start, remove);
 }
 
 bool ScheduleDeletePass(Json::Value& out, int tuner)

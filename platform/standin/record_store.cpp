@@ -47,6 +47,16 @@ bool ChangeRecords(Json::Value& out, std::string const& path,
     return SetErrno(out, error == kUnchanged ? 0 : error);
 }
 
+bool ChangeSchedule(Json::Value& out, std::string const& path, std::string const& id,
+                    std::string const& start,
+                    std::function<int(Json::Value& records, ScheduleKey const& key)> const& change)
+{
+    auto const key = ParseKey(id, start);
+    return key ? ChangeRecords(out, path,
+                               [&](Json::Value& records) { return change(records, *key); })
+               : SetErrno(out, EINVAL);
+}
+
 bool SetErrno(Json::Value& out, int error)
 {
     out = Json::Value();
@@ -63,12 +73,22 @@ int DurationOf(Json::Value const& record)
     return duration > 0 ? duration : kDefaultDuration;
 }
 
-UserDefinedDetails FindUserDefinedDetails(int start, int tuner)
+Json::Value NewRecord(ScheduleKey const& key, int status, int tuner, char const* uid)
 {
-    Json::Value record;
-    KALDTremolane::ReadUserDefineFromFile(record, start, tuner);
-    return {TextOf(record, member::kChannelName), TextOf(record, member::kEventName),
-            TextOf(record, member::kTextName), DurationOf(record)};
+    Json::Value details;
+    KALDTremolane::ReadUserDefineFromFile(details, key.start, tuner);
+    Json::Value record(Json::objectValue);
+    record[member::kStartTime] = key.start;
+    if (key.frequency) {
+        record[member::kFrequency] = *key.frequency;
+    }
+    record[member::kStatus] = status;
+    record[member::kChannelName] = TextOf(details, member::kChannelName);
+    record[member::kTitle] = TextOf(details, member::kEventName);
+    record[member::kDescription] = TextOf(details, member::kTextName);
+    record[member::kDuration] = DurationOf(details);
+    record[member::kUid] = uid;
+    return record;
 }
 
 } // namespace standin

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/standin/json_reader.h"
+#include "platform/standin/schedule_key.h"
 
 #include <json/value.h>
 
@@ -20,6 +21,12 @@ int LoadRecords(std::string const& path, Json::Value& records,
 /// leave the file alone, or an errno. Returns the result of the store operation; see SetErrno().
 bool ChangeRecords(Json::Value& out, std::string const& path,
                    std::function<int(Json::Value& records)> const& change);
+
+/// The same for one schedule. The result is EINVAL if `id` and `start` are not its key.
+bool ChangeSchedule(Json::Value& out, std::string const& path, std::string const& id,
+                    std::string const& start,
+                    std::function<int(Json::Value& records, ScheduleKey const& key)> const& change);
+
 inline constexpr int kUnchanged = -1;
 
 /// Turns an errno into the result of a store operation: true for 0, otherwise false with the errno
@@ -30,14 +37,9 @@ bool SetErrno(Json::Value& out, int error);
 /// one.
 int DurationOf(Json::Value const& record);
 
-/// What a user-defined record gives to the schedule of its start and tuner.
-struct UserDefinedDetails {
-    Json::Value channelName, title, description;
-    int duration; ///< seconds
-};
-
-/// Looks up the details of an added schedule. Without a user-defined record of its start and tuner
-/// the texts are empty and the duration is half an hour.
-UserDefinedDetails FindUserDefinedDetails(int start, int tuner);
+/// Returns what a new one-shot and a new repeat record have in common. The names and the duration
+/// are those of the user-defined record of the same start and tuner; without one the texts are
+/// empty and the duration is half an hour.
+Json::Value NewRecord(ScheduleKey const& key, int status, int tuner, char const* uid);
 
 } // namespace standin

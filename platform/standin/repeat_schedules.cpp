@@ -18,9 +18,7 @@ namespace KALDTremolane {
 namespace {
 
 using namespace appliance;
-using standin::ChangeRecords;
 using standin::ScheduleKey;
-using standin::SetErrno;
 
 constexpr int kDaysOfWeek = 7;
 constexpr int kDaysOfYear = 366;
@@ -46,26 +44,6 @@ void SetRecurrence(Json::Value& record, bool isWeekly, char const* weekdayStatus
     record[member::kEndDate] = endDate;
 }
 
-Json::Value NewRecord(ScheduleKey const& key, int tuner, char const* uid)
-{
-    standin::UserDefinedDetails details = standin::FindUserDefinedDetails(key.start, tuner);
-    Json::Value record(Json::objectValue);
-    record[member::kId] = key.service;
-    if (key.frequency) {
-        record[member::kFrequency] = *key.frequency;
-    }
-    record[member::kStartTime] = key.start;
-    record[member::kLastCreateTime] = 0;
-    record[member::kStatus] = kStatusRepeat;
-    record[member::kChannelName].swap(details.channelName);
-    record[member::kTitle].swap(details.title);
-    record[member::kDescription].swap(details.description);
-    record[member::kDuration] = details.duration;
-    record[member::kStartDate] = DateText(key.start);
-    record[member::kUid] = uid;
-    return record;
-}
-
 /// Finds the stored record of a key; null if there is none.
 Json::Value* Find(Json::Value& records, ScheduleKey const& key)
 {
@@ -83,36 +61,33 @@ bool AddRepeatSchedule(Json::Value& out, int tuner, std::string const& id, char 
                        char const* uid, bool isWeekly, char const* weekdayStatus,
                        char const* endDate)
 {
-    auto const key = standin::ParseKey(id, start);
-    if (!key) {
-        return SetErrno(out, EINVAL);
-    }
-    return ChangeRecords(out, RepeatFile(tuner), [&](Json::Value& records) {
-        if (Find(records, *key) != nullptr) {
+    auto const add = [&](Json::Value& records, ScheduleKey const& key) {
+        if (Find(records, key) != nullptr) {
             return EEXIST;
         }
-        Json::Value record = NewRecord(*key, tuner, uid);
+        Json::Value record = standin::NewRecord(key, kStatusRepeat, tuner, uid);
+        record[member::kId] = key.service;
+        record[member::kLastCreateTime] = 0;
+        record[member::kStartDate] = DateText(key.start);
         SetRecurrence(record, isWeekly, weekdayStatus, endDate);
         records.append(std::move(record));
         return 0;
-    });
+    };
+    return standin::ChangeSchedule(out, RepeatFile(tuner), id, start, add);
 }
 
 bool EditRepeatSche(Json::Value& out, int tuner, std::string const& id, char const* start,
                     bool isWeekly, char const* weekdayStatus, char const* endDate)
 {
-    auto const key = standin::ParseKey(id, start);
-    if (!key) {
-        return SetErrno(out, EINVAL);
-    }
-    return ChangeRecords(out, RepeatFile(tuner), [&](Json::Value& records) {
-        Json::Value* const record = Find(records, *key);
+    auto const edit = [&](Json::Value& records, ScheduleKey const& key) {
+        Json::Value* const record = Find(records, key);
         if (record == nullptr) {
             return ENOENT;
         }
         SetRecurrence(*record, isWeekly, weekdayStatus, endDate);
         return 0;
-    });
+    };
+    return standin::ChangeSchedule(out, RepeatFile(tuner), id, start, edit);
 }
 
 int GetRepeatLimitTime(int isWeekly, char const* weekdayStatus, char const* endDate, int* weekdays)
