@@ -2,6 +2,7 @@
 #include "frame/privilege.h"
 
 #include "platform/appliance_paths.h"
+#include "platform/records.h"
 
 #include <json/reader.h>
 #include <json/writer.h>
@@ -19,12 +20,6 @@ namespace {
 constexpr char kSourceName[] = "privilege";
 constexpr int kAccessLine = 61;
 constexpr int kParseLine = 70;
-
-/// Returns a member of an object; null if it is absent or the document is no object.
-Json::Value const& MemberOf(Json::Value const& document, std::string const& key)
-{
-    return document.isObject() ? document[key] : Json::Value::nullSingleton();
-}
 
 /// Returns whether a file is regular and readable; sets errno if not. Other kinds of file are
 /// refused: opening a FIFO would block, and reading a device might never end.
@@ -83,7 +78,9 @@ bool PrivilegeFile::GetPrivilege(unsigned int uid, std::string const& key)
     if (!m_loaded) {
         Load();
     }
-    Json::Value const& privilege = MemberOf(MemberOf(m_document, UidKey(uid)), key);
+    using appliance::MemberOf;
+    std::string const user = UidKey(uid);
+    Json::Value const& privilege = MemberOf(MemberOf(m_document, user.c_str()), key.c_str());
     return privilege.isBool() && privilege.asBool();
 }
 

@@ -17,6 +17,8 @@ namespace Tremolane::network_utils {
 
 namespace {
 
+using appliance::FlagOf;
+
 constexpr char kDdnsTool[] = "/usr/kald/sbin/kaldddnsinfo";
 constexpr char kRelayTool[] = "/usr/kald/sbin/kaldrelayd";
 
@@ -60,11 +62,6 @@ Json::Value DataOf(char const* api, int version)
     return std::move(answer["data"]);
 }
 
-bool IsEnabled(Json::Value const& object)
-{
-    return appliance::FlagOf(object, Json::StaticString("enabled"));
-}
-
 } // namespace
 
 bool ReadDdnsHostName(std::string& host)
@@ -95,7 +92,7 @@ bool ReadRelayName(std::string& name)
 
 bool IsRelayEnabled()
 {
-    return IsEnabled(DataOf("KALD.Core.Portway", 2));
+    return FlagOf(DataOf("KALD.Core.Portway", 2), "enabled");
 }
 
 bool IsRelayPortalEnabled()
@@ -106,7 +103,7 @@ bool IsRelayPortalEnabled()
         return false;
     }
     for (Json::Value const& service : services) {
-        if (IsEnabled(service) && service["id"] == "zem_portal") {
+        if (FlagOf(service, "enabled") && service["id"] == "zem_portal") {
             return true;
         }
     }

@@ -13,9 +13,9 @@
 namespace appliance {
 
 /// The member `name` of a record; null if it is absent or `record` is no object.
-inline Json::Value const& MemberOf(Json::Value const& record, Json::StaticString const& name)
+inline Json::Value const& MemberOf(Json::Value const& record, char const* name)
 {
-    return record.isObject() ? record[name.c_str()] : Json::Value::nullSingleton();
+    return record.isObject() ? record[name] : Json::Value::nullSingleton();
 }
 
 /// A value read as an int, as text and as a flag.
@@ -35,17 +35,17 @@ inline bool AsFlag(Json::Value const& value)
 }
 
 /// A record's member read as an int, as text and as a flag.
-inline int IntOf(Json::Value const& record, Json::StaticString const& name)
+inline int IntOf(Json::Value const& record, char const* name)
 {
     return AsInt(MemberOf(record, name));
 }
 
-inline std::string TextOf(Json::Value const& record, Json::StaticString const& name)
+inline std::string TextOf(Json::Value const& record, char const* name)
 {
     return AsText(MemberOf(record, name));
 }
 
-inline bool FlagOf(Json::Value const& record, Json::StaticString const& name)
+inline bool FlagOf(Json::Value const& record, char const* name)
 {
     return AsFlag(MemberOf(record, name));
 }

@@ -1,16 +1,16 @@
 /// @file RapidJSON's reader, which builds jsoncpp's documents.
 #include "platform/standin/json_reader.h"
 
+#include "platform/standin/whole_number.h"
+
 #include <rapidjson/reader.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -21,26 +21,17 @@ namespace {
 constexpr std::size_t kMaxDepth = 1000;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF"; ///< some editors begin a file with it
 
-template <class Number>
-bool IsRead(char const* begin, char const* end, Number& value)
-{
-    auto const [last, error] = std::from_chars(begin, end, value);
-    return error == std::errc() && last == end;
-}
-
 /// Converts the text of a number: to an integer if it is written as one and fits, otherwise to a
 /// double. Returns null if it is beyond the range of a double.
-Json::Value NumberOf(char const* begin, char const* end)
+Json::Value NumberOf(std::string_view text)
 {
-    Json::LargestInt integer = 0;
-    Json::LargestUInt natural = 0;
-    if (IsRead(begin, end, integer)) {
-        return integer;
+    if (auto const integer = ParseWholeNumber<Json::LargestInt>(text)) {
+        return *integer;
     }
-    if (IsRead(begin, end, natural)) {
-        return natural;
+    if (auto const natural = ParseWholeNumber<Json::LargestUInt>(text)) {
+        return *natural;
     }
-    double const real = std::strtod(begin, nullptr);
+    double const real = std::strtod(text.data(), nullptr);
     return std::isfinite(real) ? Json::Value(real) : Json::Value();
 }
 
@@ -57,7 +48,7 @@ public:
 
     bool RawNumber(char const* text, rapidjson::SizeType length, bool /*isTransient*/)
     {
-        return Put(NumberOf(text, text + length));
+        return Put(NumberOf({text, length}));
     }
 
     bool String(char const* text, rapidjson::SizeType length, bool /*isTransient*/)
@@ -127,13 +118,8 @@ std::optional<unsigned> UnitAt(std::string_view text, std::size_t at)
 {
     constexpr std::size_t kLength = 6;
     std::string_view const escape = text.substr(std::min(at, text.size()), kLength);
-    unsigned unit = 0;
-    if (escape.size() < kLength || !escape.starts_with("\\u")) {
-        return std::nullopt;
-    }
-    char const* const end = escape.data() + kLength;
-    auto const [last, error] = std::from_chars(escape.data() + 2, end, unit, 16);
-    return error == std::errc() && last == end ? std::optional(unit) : std::nullopt;
+    bool const isUnit = escape.size() == kLength && escape.starts_with("\\u");
+    return isUnit ? ParseWholeNumber<unsigned>(escape.substr(2), 16) : std::nullopt;
 }
 
 /// Replaces escapes of lone surrogates, which are no characters, by that of U+FFFD. RapidJSON

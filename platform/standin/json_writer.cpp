@@ -56,16 +56,109 @@ class TextWriter {
 public:
     explicit TextWriter(PlainBytes const& plain) : m_plain(plain) { m_out.reserve(kUsualSize); }
 
-    void Write(Json::Value const& value);
+    // NOLINTBEGIN(misc-no-recursion): as deep as a document, which its reader limits
+    void Write(Json::Value const& value)
+    {
+        char const* begin = nullptr;
+        char const* end = nullptr;
+        switch (value.type()) {
+        case Json::nullValue:
+            m_out += "null";
+            break;
+        case Json::intValue:
+            WriteNumber(value.asLargestInt());
+            break;
+        case Json::uintValue:
+            WriteNumber(value.asLargestUInt());
+            break;
+        case Json::realValue:
+            WriteNumber(value.asDouble());
+            break;
+        case Json::stringValue:
+            value.getString(&begin, &end);
+            WriteText(begin, end);
+            break;
+        case Json::booleanValue:
+            m_out += value.asBool() ? "true" : "false";
+            break;
+        case Json::arrayValue:
+            WriteElements(value);
+            break;
+        case Json::objectValue:
+            WriteMembers(value);
+            break;
+        }
+    }
 
     std::string m_out;
 
 private:
-    void WriteUnit(std::uint32_t unit);
-    void WriteEscape(std::uint32_t codePoint);
-    void WriteText(char const* begin, char const* end);
-    void WriteMembers(Json::Value const& object);
-    void WriteElements(Json::Value const& array);
+    void WriteMembers(Json::Value const& object)
+    {
+        char separator = '{';
+        for (auto member = object.begin(); member != object.end(); ++member) {
+            char const* end = nullptr;
+            char const* const name = member.memberName(&end);
+            m_out += separator;
+            WriteText(name, end);
+            m_out += ':';
+            Write(*member);
+            separator = ',';
+        }
+        m_out += object.empty() ? "{}" : "}";
+    }
+
+    void WriteElements(Json::Value const& array)
+    {
+        char separator = '[';
+        for (Json::Value const& element : array) {
+            m_out += separator;
+            Write(element);
+            separator = ',';
+        }
+        m_out += array.empty() ? "[]" : "]";
+    }
+    // NOLINTEND(misc-no-recursion)
+
+    void WriteText(char const* begin, char const* end)
+    {
+        m_out += '"';
+        while (begin != end) {
+            char const* const run = begin;
+            while (begin != end && m_plain[static_cast<unsigned char>(*begin)]) {
+                ++begin;
+            }
+            m_out.append(run, begin);
+            if (begin != end) {
+                CodePoint const point = DecodeFirst({begin, end});
+                WriteEscape(point.value);
+                begin += point.length;
+            }
+        }
+        m_out += '"';
+    }
+
+    void WriteEscape(std::uint32_t codePoint)
+    {
+        if (codePoint == '"' || codePoint == '\\') {
+            m_out += '\\';
+            m_out += static_cast<char>(codePoint);
+        } else if (codePoint < 0x10000) {
+            WriteUnit(codePoint);
+        } else { // a pair of surrogates
+            WriteUnit(0xD800 + ((codePoint - 0x10000) >> 10));
+            WriteUnit(0xDC00 + ((codePoint - 0x10000) & 0x3FF));
+        }
+    }
+
+    void WriteUnit(std::uint32_t unit)
+    {
+        constexpr char kDigits[] = "0123456789abcdef";
+        m_out += "\\u";
+        for (int shift = 12; shift >= 0; shift -= 4) {
+            m_out += kDigits[unit >> shift & 0xF];
+        }
+    }
 
     /// Writes the shortest digits that are read as this number again. A real always shows that it
     /// is one.
@@ -83,107 +176,6 @@ private:
 
     PlainBytes const& m_plain;
 };
-
-void TextWriter::WriteUnit(std::uint32_t unit)
-{
-    constexpr char kDigits[] = "0123456789abcdef";
-    m_out += "\\u";
-    for (int shift = 12; shift >= 0; shift -= 4) {
-        m_out += kDigits[unit >> shift & 0xF];
-    }
-}
-
-void TextWriter::WriteEscape(std::uint32_t codePoint)
-{
-    if (codePoint == '"' || codePoint == '\\') {
-        m_out += '\\';
-        m_out += static_cast<char>(codePoint);
-    } else if (codePoint < 0x10000) {
-        WriteUnit(codePoint);
-    } else { // a pair of surrogates
-        WriteUnit(0xD800 + ((codePoint - 0x10000) >> 10));
-        WriteUnit(0xDC00 + ((codePoint - 0x10000) & 0x3FF));
-    }
-}
-
-void TextWriter::WriteText(char const* begin, char const* end)
-{
-    m_out += '"';
-    while (begin != end) {
-        char const* const run = begin;
-        while (begin != end && m_plain[static_cast<unsigned char>(*begin)]) {
-            ++begin;
-        }
-        m_out.append(run, begin);
-        if (begin != end) {
-            CodePoint const point = DecodeFirst({begin, end});
-            WriteEscape(point.value);
-            begin += point.length;
-        }
-    }
-    m_out += '"';
-}
-
-// NOLINTBEGIN(misc-no-recursion): as deep as a document, which its reader limits
-void TextWriter::WriteMembers(Json::Value const& object)
-{
-    char separator = '{';
-    for (auto member = object.begin(); member != object.end(); ++member) {
-        char const* end = nullptr;
-        char const* const name = member.memberName(&end);
-        m_out += separator;
-        WriteText(name, end);
-        m_out += ':';
-        Write(*member);
-        separator = ',';
-    }
-    m_out += object.empty() ? "{}" : "}";
-}
-
-void TextWriter::WriteElements(Json::Value const& array)
-{
-    char separator = '[';
-    for (Json::Value const& element : array) {
-        m_out += separator;
-        Write(element);
-        separator = ',';
-    }
-    m_out += array.empty() ? "[]" : "]";
-}
-
-void TextWriter::Write(Json::Value const& value)
-{
-    char const* begin = nullptr;
-    char const* end = nullptr;
-    switch (value.type()) {
-    case Json::nullValue:
-        m_out += "null";
-        break;
-    case Json::intValue:
-        WriteNumber(value.asLargestInt());
-        break;
-    case Json::uintValue:
-        WriteNumber(value.asLargestUInt());
-        break;
-    case Json::realValue:
-        WriteNumber(value.asDouble());
-        break;
-    case Json::stringValue:
-        value.getString(&begin, &end);
-        WriteText(begin, end);
-        break;
-    case Json::booleanValue:
-        m_out += value.asBool() ? "true" : "false";
-        break;
-    case Json::arrayValue:
-        WriteElements(value);
-        break;
-    case Json::objectValue:
-        WriteMembers(value);
-        break;
-    }
-}
-// NOLINTEND(misc-no-recursion)
 
 } // namespace
 

@@ -82,16 +82,6 @@ std::string_view ValueInLine(std::string_view line, std::string_view key)
     return value;
 }
 
-/// Copies text into a buffer of `size` bytes, cut if necessary and NUL-terminated.
-void CopyCut(std::string_view text, char* buffer, std::size_t size)
-{
-    if (size > 0) {
-        std::size_t const length = std::min(text.size(), size - 1);
-        std::memcpy(buffer, text.data(), length);
-        buffer[length] = '\0';
-    }
-}
-
 } // namespace
 
 int KDLIBCFileGetKeyValue(char const* path, char const* key, char* buffer, std::size_t size,
@@ -107,7 +97,7 @@ int KDLIBCFileGetKeyValue(char const* path, char const* key, char* buffer, std::
         std::size_t const end = std::min(rest.find('\n'), rest.size());
         std::string_view const value = ValueInLine(rest.substr(0, end), key);
         if (value.data() != nullptr) {
-            CopyCut(value, buffer, size);
+            std::snprintf(buffer, size, "%.*s", static_cast<int>(value.size()), value.data());
             return static_cast<int>(value.size());
         }
         rest.remove_prefix(std::min(end + 1, rest.size()));

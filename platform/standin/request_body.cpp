@@ -2,13 +2,13 @@
 #include "platform/standin/request_body.h"
 
 #include "platform/environment.h"
+#include "platform/standin/whole_number.h"
 
 #include <strings.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 
 namespace standin {
 
@@ -26,16 +26,6 @@ bool IsForm(std::string const& contentType)
 {
     std::string const type = contentType.substr(0, contentType.find_first_of("; \t"));
     return ::strcasecmp(type.c_str(), kFormType) == 0;
-}
-
-/// Parses a length in decimal digits; none if the text is not one or is too long.
-std::optional<std::size_t> ParseLength(std::string const& text)
-{
-    std::size_t length = 0;
-    char const* const end = text.data() + text.size();
-    auto const [last, error] = std::from_chars(text.data(), end, length);
-    bool const isLength = error == std::errc() && last == end && length <= kMaxForm;
-    return isLength ? std::optional(length) : std::nullopt;
 }
 
 /// Reads up to `length` bytes of standard input: fewer only at its end or on an error.
@@ -62,8 +52,8 @@ std::optional<std::string> ReadForm()
     std::string const announced = Environment("CONTENT_LENGTH");
     std::string body;
     if (!announced.empty()) {
-        auto const length = ParseLength(announced);
-        if (!length) {
+        auto const length = ParseWholeNumber<std::size_t>(announced);
+        if (!length || *length > kMaxForm) {
             return std::nullopt;
         }
         body = ReadInput(*length);

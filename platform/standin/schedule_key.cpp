@@ -2,20 +2,17 @@
 #include "platform/standin/schedule_key.h"
 
 #include "platform/records.h"
+#include "platform/standin/whole_number.h"
 #include "tremolane/recording_service.h"
 
-#include <charconv>
 #include <string_view>
 
 namespace {
 
-/// Parses a whole text of decimal digits. Returns none if it is malformed or too large.
+/// Parses a text of decimal digits. Returns none if it is malformed or too large.
 std::optional<int> ParseDigits(std::string_view text)
 {
-    int value = 0;
-    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    bool const whole = error == std::errc() && end == text.data() + text.size();
-    return whole && !text.starts_with('-') ? std::optional(value) : std::nullopt;
+    return text.starts_with('-') ? std::nullopt : standin::ParseWholeNumber<int>(text);
 }
 
 } // namespace

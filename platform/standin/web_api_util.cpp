@@ -1,9 +1,11 @@
 /// @file Converting the texts of request parameters.
 #include "kald/web_api_util.h"
 
+#include "platform/standin/whole_number.h"
+
 #include <strings.h>
 
-#include <charconv>
+#include <cstring>
 #include <string_view>
 
 namespace KALD {
@@ -14,13 +16,9 @@ bool WebAPIUtil::ParseInt(char const* text, int* value)
     if (digits.starts_with('+') && !digits.starts_with("+-")) {
         digits.remove_prefix(1);
     }
-    int parsed = 0;
-    auto const [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), parsed);
-    if (error != std::errc() || end != digits.data() + digits.size()) {
-        return false;
-    }
-    *value = parsed;
-    return true;
+    auto const parsed = standin::ParseWholeNumber<int>(digits);
+    *value = parsed.value_or(*value);
+    return parsed.has_value();
 }
 
 bool WebAPIUtil::ParseBool(char const* text, bool* value)
@@ -36,18 +34,16 @@ bool WebAPIUtil::ParseBool(char const* text, bool* value)
 Json::Value WebAPIUtil::ParseToArray(char const* text, char const* separator)
 {
     Json::Value pieces(Json::arrayValue);
-    std::string_view rest = text;
-    std::string_view const mark = separator;
-    if (rest.empty()) {
+    if (*text == '\0') {
         return pieces;
     }
-    std::size_t end = mark.empty() ? std::string_view::npos : rest.find(mark);
-    while (end != std::string_view::npos) {
-        pieces.append(Json::Value(rest.data(), rest.data() + end));
-        rest.remove_prefix(end + mark.size());
-        end = rest.find(mark);
+    std::size_t const length = std::strlen(separator);
+    char const* end = length > 0 ? std::strstr(text, separator) : nullptr;
+    for (; end != nullptr; end = std::strstr(text, separator)) {
+        pieces.append(Json::Value(text, end));
+        text = end + length;
     }
-    pieces.append(Json::Value(rest.data(), rest.data() + rest.size()));
+    pieces.append(text);
     return pieces;
 }
 

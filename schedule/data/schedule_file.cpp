@@ -4,6 +4,7 @@
 #include "kald/web_utils.h"
 
 #include <sys/stat.h>
+#include <syslog.h>
 
 #include <cerrno>
 
@@ -21,4 +22,13 @@ RecordFile LoadRecordFile(Json::Value& records, std::string const& path)
         return RecordFile::kUnreadable;
     }
     return RecordFile::kLoaded;
+}
+
+bool LoadRepeatFile(Json::Value& records, std::string const& path, SupportCode code)
+{
+    bool const isLoaded = LoadRecordFile(records, path) == RecordFile::kLoaded;
+    if (!isLoaded) {
+        ::syslog(LOG_ERR, "%s:%d Fail to load file %s", kLogSource, code, path.c_str());
+    }
+    return isLoaded;
 }

@@ -1,6 +1,8 @@
 /// @file Files of schedule records, as the methods load them themselves.
 #pragma once
 
+#include "schedule/data/support_log.h"
+
 #include <json/value.h>
 
 #include <string>
@@ -15,3 +17,7 @@ enum class RecordFile {
 /// Loads a file of records. `records` becomes the array, or null if the file holds null or was not
 /// loaded. The array can hold elements that are no records; see platform/records.h.
 RecordFile LoadRecordFile(Json::Value& records, std::string const& path);
+
+/// Loads a repeat file that must exist; `records` becomes an array or null. On false the failure is
+/// logged under `code`.
+bool LoadRepeatFile(Json::Value& records, std::string const& path, SupportCode code);

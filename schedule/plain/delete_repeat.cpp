@@ -8,7 +8,7 @@
 #include "platform/appliance_paths.h"
 #include "platform/record_members.h"
 #include "platform/records.h"
-#include "schedule/plain/repeat_file.h"
+#include "schedule/data/schedule_file.h"
 
 #include <syslog.h>
 

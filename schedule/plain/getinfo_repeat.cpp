@@ -7,7 +7,7 @@
 #include "platform/record_members.h"
 #include "platform/records.h"
 #include "schedule/data/channel_id.h"
-#include "schedule/plain/repeat_file.h"
+#include "schedule/data/schedule_file.h"
 #include "tremolane/recording_service.h"
 
 namespace {
