@@ -1,6 +1,7 @@
 /// @file Days and weekdays in the C library's local time zone.
 #include "platform/standin/local_calendar.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -22,21 +23,16 @@ std::chrono::sys_days DayOf(std::tm const& local)
 
 std::optional<std::chrono::sys_days> ParseDate(char const* text)
 {
-    constexpr char kShape[] = "dddd-dd-dd";
-    if (std::strlen(text) != sizeof kShape - 1) {
-        return std::nullopt;
-    }
-    for (std::size_t i = 0; i < sizeof kShape - 1; ++i) {
-        bool const isDigit = text[i] >= '0' && text[i] <= '9';
-        if (kShape[i] == 'd' ? !isDigit : text[i] != kShape[i]) {
-            return std::nullopt;
-        }
-    }
-    std::chrono::year_month_day const date(
-        std::chrono::year(std::atoi(text)),
-        std::chrono::month(static_cast<unsigned>(std::atoi(text + 5))),
-        std::chrono::day(static_cast<unsigned>(std::atoi(text + 8))));
-    return date.ok() ? std::optional(std::chrono::sys_days(date)) : std::nullopt;
+    unsigned year = 0;
+    unsigned month = 0;
+    unsigned day = 0;
+    std::sscanf(text, "%4u-%2u-%2u", &year, &month, &day);
+    char shape[64];
+    std::snprintf(shape, sizeof shape, "%04u-%02u-%02u", year, month, day);
+    std::chrono::year_month_day const date(std::chrono::year(static_cast<int>(year)),
+                                           std::chrono::month(month), std::chrono::day(day));
+    bool const isDate = std::strcmp(shape, text) == 0 && date.ok(); // sscanf() is less strict
+    return isDate ? std::optional(std::chrono::sys_days(date)) : std::nullopt;
 }
 
 std::array<bool, 7> ParseWeekdays(char const* text)

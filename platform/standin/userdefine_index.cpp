@@ -9,9 +9,8 @@
 
 #include <sys/stat.h>
 
-#include <cstdint>
+#include <map>
 #include <string>
-#include <unordered_map>
 #include <utility>
 
 namespace {
@@ -53,19 +52,13 @@ public:
     /// Returns the position of the first record with that start and tuner, or -1.
     int Find(int start, int tuner) const
     {
-        auto const found = m_positions.find(Key(start, tuner));
+        auto const found = m_positions.find({start, tuner});
         return found != m_positions.end() ? found->second : -1;
     }
 
     Json::Value const& At(int position) const { return m_records[position]; }
 
 private:
-    static std::uint64_t Key(int start, int tuner)
-    {
-        return std::uint64_t{static_cast<std::uint32_t>(start)} << 32 |
-               static_cast<std::uint32_t>(tuner);
-    }
-
     bool IsSame(struct stat const& info) const
     {
         return info.st_nlink > 0 && info.st_size == m_info.st_size &&
@@ -82,8 +75,7 @@ private:
         for (Json::Value const& record : std::as_const(m_records)) {
             if (record.isObject()) {
                 m_positions.try_emplace(
-                    Key(IntOf(record, member::kStartTime), IntOf(record, member::kTuner)),
-                    position);
+                    {IntOf(record, member::kStartTime), IntOf(record, member::kTuner)}, position);
             }
             ++position;
         }
@@ -93,7 +85,7 @@ private:
     struct stat m_info {};
     int m_saves = 0;
     Json::Value m_records;
-    std::unordered_map<std::uint64_t, int> m_positions;
+    std::map<std::pair<int, int>, int> m_positions; ///< by start and tuner
 };
 
 } // namespace

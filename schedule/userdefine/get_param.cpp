@@ -23,26 +23,27 @@ enum class Source {
     kOldRecord, ///< a delete: the record names what to delete
 };
 
-enum class Flag { kOff, kOn, kAny };
-
+/// A stage of a request. A flag without a value may be raised or not.
 struct Stage {
     char const* method;
-    Flag restoreOld, innerCreate, deleteOld;
+    std::optional<bool> restoreOld, innerCreate, deleteOld;
     Source source;
 };
 
+constexpr std::nullopt_t kAny = std::nullopt;
+
 /// The first row that fits decides. If none fits, the source is the request.
 constexpr Stage kStages[] = {
-    {"edit_userdefine", Flag::kOn, Flag::kAny, Flag::kAny, Source::kRestore},
-    {"edit_userdefine", Flag::kOff, Flag::kOn, Flag::kAny, Source::kNewStart},
-    {"edit_userdefine", Flag::kOff, Flag::kOff, Flag::kOn, Source::kOldRecord},
-    {"delete_userdefine", Flag::kAny, Flag::kAny, Flag::kOn, Source::kOldRecord},
-    {"create_userdefine", Flag::kAny, Flag::kOn, Flag::kAny, Source::kNewStart},
+    {"edit_userdefine", true, kAny, kAny, Source::kRestore},
+    {"edit_userdefine", false, true, kAny, Source::kNewStart},
+    {"edit_userdefine", false, false, true, Source::kOldRecord},
+    {"delete_userdefine", kAny, kAny, true, Source::kOldRecord},
+    {"create_userdefine", kAny, true, kAny, Source::kNewStart},
 };
 
-bool Fits(Flag wanted, bool isOn)
+bool Fits(std::optional<bool> wanted, bool flag)
 {
-    return wanted == Flag::kAny || (wanted == Flag::kOn) == isOn;
+    return wanted.value_or(flag) == flag;
 }
 
 std::string AsDecimal(Json::Value const& value)
