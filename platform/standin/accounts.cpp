@@ -30,7 +30,7 @@ bool FindEntry(char const* path, int (*read)(FILE*, Entry*, char*, std::size_t, 
 {
     std::string text;
     UniqueFd const fd = OpenRegularFile(path);
-    if (!fd || !ReadToEnd(fd.Get(), text) || text.empty()) {
+    if (!fd || !ReadText(fd.Get(), text) || text.empty()) {
         return false;
     }
     auto const close = [](FILE* stream) { std::fclose(stream); };

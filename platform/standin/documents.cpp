@@ -20,7 +20,7 @@ Load LoadDocument(std::string const& path, Json::Value& document,
         return errno == ENOENT || errno == ENOTDIR ? Load::kMissing : Load::kUnreadable;
     }
     std::string text;
-    if (!ReadToEnd(fd.Get(), text)) {
+    if (!ReadText(fd.Get(), text)) {
         return Load::kUnreadable;
     }
     return ParseJson(std::move(text), document, wanted) ? Load::kLoaded : Load::kNotJson;

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 
@@ -25,13 +26,6 @@ std::string FolderOf(std::string const& path)
 std::string TemporaryOf(std::string const& path)
 {
     return path + ".tmp";
-}
-
-/// Returns the size of an open file in bytes, or 0 if it is unknown.
-std::size_t SizeOf(int fd)
-{
-    struct stat info {};
-    return ::fstat(fd, &info) == 0 && info.st_size > 0 ? static_cast<std::size_t>(info.st_size) : 0;
 }
 
 /// Creates the temporary file of a replacement, after deleting one that a killed process left. Only
@@ -117,14 +111,11 @@ UniqueFd OpenRegularFile(char const* path)
     return fd;
 }
 
-bool ReadToEnd(int fd, std::string& text)
+bool ReadText(int fd, std::string& text, std::size_t limit)
 {
-    constexpr std::size_t kStep = 4096; // for a file that grows while it is read
-    std::size_t used = text.size();
-    std::size_t room = SizeOf(fd) + 1; // never 0: reading 0 bytes would look like the end
-    while (true) {
-        text.resize(used + room);
-        ssize_t const got = ::read(fd, text.data() + used, room);
+    char block[std::size_t{16} * 1024];
+    while (limit > 0) {
+        ssize_t const got = ::read(fd, block, std::min(limit, sizeof block));
         if (got < 0 && errno == EINTR) {
             continue;
         }
@@ -133,12 +124,12 @@ bool ReadToEnd(int fd, std::string& text)
             return false;
         }
         if (got == 0) {
-            text.resize(used);
-            return true;
+            break;
         }
-        used += static_cast<std::size_t>(got);
-        room = kStep;
+        text.append(block, static_cast<std::size_t>(got));
+        limit -= static_cast<std::size_t>(got);
     }
+    return true;
 }
 
 bool WriteAll(int fd, std::string_view text)

@@ -13,8 +13,9 @@ namespace standin {
 /// is a failure; a FIFO never blocks.
 UniqueFd OpenRegularFile(char const* path);
 
-/// Reads from `fd` to the end and appends to `text`. On failure returns false and sets errno.
-bool ReadToEnd(int fd, std::string& text);
+/// Reads from `fd` to its end, but at most `limit` bytes, and appends them to `text`. On failure
+/// returns false and sets errno.
+bool ReadText(int fd, std::string& text, std::size_t limit = std::string::npos);
 
 /// Writes all of `text`. On failure returns false and sets errno.
 bool WriteAll(int fd, std::string_view text);

@@ -89,7 +89,7 @@ int KDLIBCFileGetKeyValue(char const* path, char const* key, char* buffer, std::
 {
     std::string text;
     standin::UniqueFd const fd = standin::OpenRegularFile(path);
-    if (!fd || !standin::ReadToEnd(fd.Get(), text)) {
+    if (!fd || !standin::ReadText(fd.Get(), text)) {
         return 0;
     }
     std::string_view rest = text;

@@ -36,18 +36,17 @@ struct Interval {
 };
 
 /// The wanted interval, and local time around it.
-struct Wanted {
-    Interval interval;
+struct Wanted : Interval {
     std::int64_t offset; ///< of local time from UTC, seconds
     bool isOffsetSteady; ///< it is the same from two days before the interval to two days after
 };
 
 Wanted WantedAt(int start, int duration)
 {
-    Interval const interval{start, std::int64_t{start} + duration};
-    std::int64_t const before = LocalTime(interval.begin - 2 * kDaySeconds).tm_gmtoff;
-    std::int64_t const after = LocalTime(interval.end + 2 * kDaySeconds).tm_gmtoff;
-    return {interval, before, before == after && duration <= kDaySeconds};
+    Interval const wanted{start, std::int64_t{start} + duration};
+    std::int64_t const before = LocalTime(wanted.begin - 2 * kDaySeconds).tm_gmtoff;
+    std::int64_t const after = LocalTime(wanted.end + 2 * kDaySeconds).tm_gmtoff;
+    return {wanted, before, before == after && duration <= kDaySeconds};
 }
 
 /// The occurrences of a repeat record.
@@ -73,16 +72,15 @@ public:
             return std::chrono::floor<days>(sys_seconds(seconds(time + wanted.offset)));
         };
         // Two days more at both ends: the offset there can differ by up to a day.
-        sys_days const last = std::min(m_lastDay, dayAt(wanted.interval.end) + days(2));
-        for (sys_days day =
-                 std::max(m_firstDay, dayAt(wanted.interval.begin - m_duration) - days(2));
+        sys_days const last = std::min(m_lastDay, dayAt(wanted.end) + days(2));
+        for (sys_days day = std::max(m_firstDay, dayAt(wanted.begin - m_duration) - days(2));
              day <= last; day += days(1)) {
             if (!m_selected[std::chrono::weekday(day).c_encoding()]) {
                 continue;
             }
             std::int64_t const begin =
                 isOffsetSteady ? LocalSecondsOn(day) - wanted.offset : EpochOn(day);
-            if (Interval{begin, begin + m_duration}.Overlaps(wanted.interval)) {
+            if (Interval{begin, begin + m_duration}.Overlaps(wanted)) {
                 return true;
             }
         }
@@ -117,19 +115,10 @@ class Timetable {
 public:
     Timetable(Json::Value const& oneShot, Json::Value const& repeat)
     {
-        std::vector<Interval> intervals;
         for (Json::Value const& record : oneShot) {
             std::int64_t const begin = IntOf(record, member::kStartTime);
             if (begin != 0) {
-                intervals.push_back({begin, begin + DurationOf(record)});
-            }
-        }
-        std::ranges::sort(intervals, {}, &Interval::begin);
-        for (Interval const& interval : intervals) {
-            if (!m_busy.empty() && interval.begin < m_busy.back().end) {
-                m_busy.back().end = std::max(m_busy.back().end, interval.end);
-            } else {
-                m_busy.push_back(interval);
+                m_intervals.push_back({begin, begin + DurationOf(record)});
             }
         }
         for (Json::Value const& record : repeat) {
@@ -142,16 +131,13 @@ public:
 
     bool Overlaps(Wanted const& wanted) const
     {
-        auto const busy =
-            std::ranges::upper_bound(m_busy, wanted.interval.begin, {}, &Interval::end);
-        return (busy != m_busy.end() && busy->Overlaps(wanted.interval)) ||
-               std::ranges::any_of(m_recurrences, [&wanted](Recurrence const& recurrence) {
-                   return recurrence.Overlaps(wanted);
-               });
+        auto const overlaps = [&wanted](auto const& stored) { return stored.Overlaps(wanted); };
+        return std::ranges::any_of(m_intervals, overlaps) ||
+               std::ranges::any_of(m_recurrences, overlaps);
     }
 
 private:
-    std::vector<Interval> m_busy; ///< sorted and disjoint
+    std::vector<Interval> m_intervals;
     std::vector<Recurrence> m_recurrences;
 };
 

@@ -2,13 +2,11 @@
 #include "platform/standin/request_body.h"
 
 #include "platform/environment.h"
+#include "platform/standin/files.h"
 #include "platform/standin/whole_number.h"
 
 #include <strings.h>
 #include <unistd.h>
-
-#include <algorithm>
-#include <cerrno>
 
 namespace standin {
 
@@ -28,23 +26,6 @@ bool IsForm(std::string const& contentType)
     return ::strcasecmp(type.c_str(), kFormType) == 0;
 }
 
-/// Reads up to `length` bytes of standard input: fewer only at its end or on an error.
-std::string ReadInput(std::size_t length)
-{
-    constexpr std::size_t kStep = std::size_t{64} * 1024;
-    std::string text;
-    while (text.size() < length) {
-        std::size_t const used = text.size();
-        text.resize(std::min(length, used + kStep));
-        ssize_t const got = ::read(STDIN_FILENO, text.data() + used, text.size() - used);
-        text.resize(used + static_cast<std::size_t>(std::max(got, ssize_t{0})));
-        if (got == 0 || (got < 0 && errno != EINTR)) {
-            break;
-        }
-    }
-    return text;
-}
-
 } // namespace
 
 std::optional<std::string> ReadForm()
@@ -56,12 +37,12 @@ std::optional<std::string> ReadForm()
         if (!length || *length > kMaxForm) {
             return std::nullopt;
         }
-        body = ReadInput(*length);
+        ReadText(STDIN_FILENO, body, *length);
         if (body.size() < *length) {
             return std::nullopt;
         }
     } else if (!Environment("HTTP_TRANSFER_ENCODING").empty()) {
-        body = ReadInput(kMaxForm + 1);
+        ReadText(STDIN_FILENO, body, kMaxForm + 1);
     }
     bool const isAccepted =
         body.size() <= kMaxForm && (body.empty() || IsForm(Environment("CONTENT_TYPE")));
@@ -72,10 +53,9 @@ void DiscardRestOfBody()
 {
     bool const hasBody =
         !Environment("CONTENT_LENGTH").empty() || !Environment("HTTP_TRANSFER_ENCODING").empty();
-    std::size_t discarded = 0;
-    for (std::string text = "-"; hasBody && !text.empty() && discarded < kMaxDiscarded;) {
-        text = ReadInput(kMaxForm);
-        discarded += text.size();
+    for (std::size_t i = 0; hasBody && i < kMaxDiscarded / kMaxForm; ++i) {
+        std::string discarded;
+        ReadText(STDIN_FILENO, discarded, kMaxForm);
     }
 }
 

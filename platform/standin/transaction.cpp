@@ -155,7 +155,7 @@ bool RestoreAll(int journal)
 {
     struct stat info {};
     std::string text;
-    if (::fstat(journal, &info) != 0 || !ReadToEnd(journal, text)) {
+    if (::fstat(journal, &info) != 0 || !ReadText(journal, text)) {
         return false;
     }
     auto const files = ParseJournal(text);
@@ -252,7 +252,7 @@ bool Transaction::AppendToJournal(std::string const& path)
     std::string content;
     UniqueFd const fd = OpenRegularFile(path.c_str());
     bool const isMissing = !fd && errno == ENOENT;
-    if (!isMissing && (!fd || !ReadToEnd(fd.Get(), content))) {
+    if (!isMissing && (!fd || !ReadText(fd.Get(), content))) {
         return false;
     }
     std::string const size = isMissing ? "-1" : std::to_string(content.size());

@@ -37,7 +37,7 @@ public:
         *this = UserDefineIndex();
         UniqueFd fd = standin::OpenRegularFile(kUserDefineFile);
         std::string text;
-        if (!fd || ::fstat(fd.Get(), &info) != 0 || !standin::ReadToEnd(fd.Get(), text)) {
+        if (!fd || ::fstat(fd.Get(), &info) != 0 || !standin::ReadText(fd.Get(), text)) {
             standin::NoteFailure();
             return;
         }
