@@ -3,18 +3,14 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size);
 
 int main(int /*count*/, char** arguments)
 {
-    int inputs = 0;
     for (auto const& entry : std::filesystem::directory_iterator(arguments[1])) {
         std::string const text = ReadFile(entry.path());
         std::fprintf(stderr, "%s\n", entry.path().c_str()); // the last one is the one that failed
         LLVMFuzzerTestOneInput(reinterpret_cast<std::uint8_t const*>(text.data()), text.size());
-        ++inputs;
     }
-    return inputs > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -11,6 +11,7 @@ PORTWAY = "usr/kald/webapi/KALD.Core.Portway.2.get.json"
 PERMIT = "usr/kald/webapi/KALD.Core.Portway.Permission.1.get.json"
 PORTS = "external_port_zem_https=444\nexternal_port_zem_http=88\n"
 HOST = 'external_host_ip="out"\nexternal_host_ip=later\n'
+LONG = "a" * 5000
 ON, PORTAL = {"data": {"enabled": True}}, {"enabled": True, "id": "zem_portal"}
 
 
@@ -71,6 +72,13 @@ def test_request_url(other, host, uri, https, base, url):
     assert ask(other, "base", "request", HTTP_HOST=host, REQUEST_URI=uri, **tls).data == [base, url]
 
 
+@pytest.mark.parametrize("location, host, port", [
+    ("/x:80", "", ""), ("tv:/x", "tv", ""), ("a:b:c/d", "a", "b:c"), ("[::1", "[::1", ""),
+    ("[::1]x:80", "[::1]", ""), (f"{LONG}:{LONG}", LONG[:4095], LONG[:4095])])
+def test_network_location(other, location, host, port):
+    assert ask(other, "host", "port", HTTP_HOST=location).data == [host, port]
+
+
 @pytest.mark.parametrize("environment, settings, tools, address, started", [
     ({"HTTP_HOST": "a:81", "HTTPS": "oN", "SERVER_PORT": "443"}, PORTS, {}, "444 a https://a:444",
      ""),
@@ -112,7 +120,7 @@ def ask_as_uid_9(other, trace, *questions, fails):
     """The answer to questions as uid 9 and gid 8, and the changes of ids: u0 is to uid 0."""
     under = ["strace", "-f", "-qq", "-o", trace, "-e", "trace=setresuid,setresgid",
              "-e", f"inject={fails[0]}:error=EPERM:when={fails[1]}"]
-    answer = ask(other, "become", *questions, under=under, HTTP_HOST="a")
+    answer = ask(other, "become", *questions, under=under)
     calls = re.findall(r"setres([ug])id\(-1, (\d+), -1\)", trace.read_text())
     return answer.data[1:], answer.log, " ".join(map("".join, calls[2:]))
 

@@ -1,8 +1,7 @@
-/// @file What no request shows: the merge of foreign members, an error that the library leaves, the
-/// privilege file as it is written, and how a network location is split.
+/// @file What no request shows: the merge of foreign members, an error that the library leaves, and
+/// the privilege file as it is written.
 #include "frame/privilege.h"
 #include "frame/schedule_recording_api.h"
-#include "network/host_port.h"
 #include "platform/appliance_paths.h"
 #include "tests/files.h"
 
@@ -43,22 +42,6 @@ TEST(LibraryError, IsMappedOr100)
     EXPECT_EQ(api.m_errors[0], 100);
     EXPECT_EQ(api.m_errors[1], 401);
     EXPECT_EQ(api.m_errors[2], 100);
-}
-
-TEST(HostPort, SplitsALocation)
-{
-    std::string const big(5000, 'a'), cut(4095, 'a');
-    std::string const rows[][3] = {
-        {"/x:80", "", ""},          {"tv:/x", "tv", ""},
-        {"a:b:c/d", "a", "b:c"},    {"[fe80::1", "[fe80::1", ""},
-        {"[::1]x:80", "[::1]", ""}, {big + ':' + big, cut, cut},
-    };
-    for (auto const& [text, host, port] : rows) {
-        auto const split = Tremolane::network_utils::SplitHostPort(text.c_str());
-        EXPECT_EQ(split.host, host) << text;
-        EXPECT_EQ(split.port, port) << text;
-    }
-    EXPECT_EQ(Tremolane::network_utils::SplitHostPort(nullptr).host, "");
 }
 
 TEST(Privileges, AreWrittenWhenTheObjectGoes)
