@@ -32,10 +32,10 @@ FILL = """
       else fields[name][typeof value === "boolean" ? "checked" : "value"] = value;
     }
     fields[0].form.dispatchEvent(new Event("input"));"""
-WAYS = {
-    "image": "new Image().src = url",
-    "form": "document.write(`<form method=post action=${url}>`); document.forms[0].submit()",
-    "fetch": "fetch(url, {mode: 'no-cors', credentials: 'include'}).then((it) => it.text())"}
+WAYS = [
+    case("image", "new Image().src = url"),
+    case("form", "document.write(`<form method=post action=${url}>`); document.forms[0].submit()"),
+    case("fetch", "fetch(url, {mode: 'no-cors', credentials: 'include'}).then((it) => it.text())")]
 
 
 def start_of(record):
@@ -189,8 +189,6 @@ def test_page_names_and_marks_collisions(page):
     assert picture.stat().st_size <= 150_000
     marked = [box[2] for box in page.browser.execute_script(BOXES) if "collides" in box[3]]
     assert sorted(marked) == ["Die Uhrmacherin", "Late News"]
-    page.change("Late", time="21:50")
-    assert not page.all("#collisions", "Collides")
 
 
 def test_page_says_errors_in_words(page):
@@ -254,7 +252,7 @@ def test_page_of_another_port_or_site_changes_nothing(server, web_server, browse
         browser.get(url.replace("//", "//viewer:viewer@") + "/style.css")  # logs in
     before = page.stored()
     url = f"{web_server.url}/webapi/schedule_recording?method=delete_passed&tuner=0"
-    browser.execute_script(f"const url = arguments[0]; {WAYS[way]}", url)
+    browser.execute_script(f"const url = arguments[0]; {way}", url)
     answered = "return performance.getEntriesByName(arguments[0]).length"
     WebDriverWait(browser, 5).until(lambda _: browser.execute_script(answered, url))
     assert (page.stored() != before) == own

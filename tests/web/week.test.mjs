@@ -70,12 +70,9 @@ test("the offset of a date is the browser's if it agrees with the appliance, els
   const july = wallOf("2025-07-01 20:15");
   const summer = (epoch) => (epoch > wallOf("2025-03-30 01:00") ? 7200 : 3600); // as in Berlin
   const [near, far] = [new Clock(summer), new Clock(() => 19800)];
-  for (const clock of [near, far]) {
-    clock.setNow(wallOf("2025-02-01 13:00"), wallOf("2025-02-01 12:00") + 59);
-    clock.learn(wallOf("2025-02-03 20:15"), wallOf("2025-02-03 19:15"));
-  }
+  const [shown, epoch] = [wallOf("2025-02-03 20:15"), wallOf("2025-02-03 19:15")];
+  for (const clock of [near, far]) clock.learn(shown, epoch);
   assert.deepEqual([near.epochOf(july), far.epochOf(july)], [july - 7200, july - 3600]);
   far.learn(wallOf("2025-07-02 09:00"), wallOf("2025-07-02 07:00"));
   assert.equal(far.epochOf(july), july - 7200);
-  assert.deepEqual(far.reading(july - 7200), ["2025-07-01", "19:15"]);
 });
