@@ -2,7 +2,6 @@
 import base64
 import datetime
 import os
-import shutil
 import zoneinfo
 
 import pytest
@@ -52,8 +51,6 @@ def server(build, tmp_path_factory):
 
 @pytest.fixture(scope="module")
 def browser():
-    if not shutil.which("chromedriver") or not shutil.which("chromium"):
-        pytest.skip("there is no chromium with a chromedriver")
     options = webdriver.ChromeOptions()
     for option in ("headless=new", "no-sandbox", "disable-dev-shm-usage", "accept-lang=en-GB"):
         options.add_argument(f"--{option}")
