@@ -1,12 +1,19 @@
 /// @file Fuzz target: a whole request from any client, over stored files of any content. Whatever
 /// they hold, one well-formed answer comes, and a stored document never becomes a broken one.
+///
+/// An input can be read and written by hand: lines `--` separate the query string, the user, the
+/// form and the files. Texts that are missing are empty.
 #include "frame/schedule_recording_api.h"
-#include "fuzz/fuzz_target.h"
+#include "kald/libc.h"
+#include "network/host_port.h"
+#include "platform/appliance_paths.h"
 #include "platform/standin/json_reader.h"
+#include "platform/standin/json_writer.h"
+#include "tests/files.h"
 
-#include <json/value.h>
-#include <sys/mman.h>
-#include <unistd.h>
+#include <cstdint>
+#include <cstdlib>
+#include <vector>
 
 extern "C" int fsync(int /*fd*/)
 {
@@ -18,64 +25,82 @@ namespace {
 std::string const kFiles[] = {appliance::OneShotFile(0), appliance::RepeatFile(0),
                               appliance::kUserDefineFile, appliance::kFolderList,
                               appliance::kPrivilegeFile};
+constexpr std::size_t kParts = 3; // of the request, before the files
 
-/// Puts a memory file with that text in the place of a descriptor.
-void Redirect(int descriptor, std::string const& text)
+/// Ends the process, and so fails the input, unless `holds`.
+void Require(bool holds)
 {
-    int const file = ::memfd_create("stream", 0);
-    Require(::write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size()));
-    ::lseek(file, 0, SEEK_SET);
-    ::dup2(file, descriptor);
-    ::close(file);
+    if (!holds) {
+        std::abort();
+    }
 }
 
-/// Runs a request, whose parts are the query string, the user, the HTTP method and a form; returns
-/// all that the program would print.
-std::string Answer(std::string const* parts)
+std::vector<std::string> Cut(std::string input)
 {
-    ::setenv("QUERY_STRING", parts[0].c_str(), 1);
-    ::setenv("REMOTE_USER", parts[1].c_str(), 1);
-    ::setenv("REQUEST_METHOD", parts[2].c_str(), 1);
+    std::vector<std::string> texts(kParts + std::size(kFiles));
+    for (std::string& text : texts) {
+        std::size_t const end = input.find("\n--\n");
+        text = input.substr(0, end);
+        input.erase(0, end == std::string::npos ? end : end + 4);
+    }
+    return texts;
+}
+
+/// Runs a request; returns all that the program would print.
+std::string Answer(std::string const& query, std::string const& user, std::string const& form)
+{
+    std::string const in = appliance::kRoot + std::string("/in");
+    std::string const out = appliance::kRoot + std::string("/out");
+    ::setenv("QUERY_STRING", query.c_str(), 1);
+    ::setenv("REMOTE_USER", user.c_str(), 1);
+    ::setenv("REQUEST_METHOD", form.empty() ? "GET" : "POST", 1);
     ::setenv("CONTENT_TYPE", "application/x-www-form-urlencoded", 1);
-    ::setenv("CONTENT_LENGTH", std::to_string(parts[3].size()).c_str(), 1);
-    Redirect(STDIN_FILENO, parts[3]);
-    Redirect(STDOUT_FILENO, "");
+    ::setenv("CONTENT_LENGTH", std::to_string(form.size()).c_str(), 1);
+    PutFile(in, form + '\n');
+    Require(std::freopen(in.c_str(), "r", stdin) != nullptr);
+    Require(std::freopen(out.c_str(), "w", stdout) != nullptr);
     ScheduleRecordingAPI().Run();
-    std::string answer(static_cast<std::size_t>(::lseek(STDOUT_FILENO, 0, SEEK_END)), '\0');
-    Require(::pread(STDOUT_FILENO, answer.data(), answer.size(), 0) >= 0);
-    return answer;
+    return ReadFile(out);
 }
 
-/// Headers, an empty line and one line of JSON.
+/// Headers, an empty line and JSON.
 void RequireAnswer(std::string const& answer)
 {
     std::size_t const headersEnd = answer.find("\r\n\r\n");
-    Require(headersEnd != std::string::npos);
-    std::string const body = answer.substr(headersEnd + 4);
     Json::Value document;
-    Require(body.find('\n') == body.size() - 1 && standin::ParseJson(body, document));
+    Require(headersEnd != std::string::npos);
+    Require(standin::ParseJson(answer.substr(headersEnd), document));
     Require(document["success"].isBool());
+}
+
+/// A file is as before or holds JSON, of which the next save loses nothing.
+void RequireDocument(std::string const& text, std::string const& before)
+{
+    Json::Value document, saved;
+    bool const isJson = standin::ParseJson(text, document);
+    Require(isJson || text == before);
+    standin::ParseJson(RenderJson(document, standin::Charset::kUtf8), saved);
+    Require(saved == document);
 }
 
 } // namespace
 
-int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
 {
-    constexpr std::size_t kParts = 4; // of the request
-    std::vector<std::string> const texts = CutInput(data, size, kParts + std::size(kFiles));
-    Put(appliance::kPasswordFile, "admin:x:1024:100::/:\nviewer:x:1026:100::/:\n");
-    Put(appliance::kGroupFile, "administrators:x:101:admin\n");
-    Put(std::string(appliance::kVolumeFolder) + "/video/tv/x", "x");
-    Put(appliance::kDaemonCommands, "");
+    std::vector<std::string> const texts = Cut({reinterpret_cast<char const*>(data), size});
+    PutFile(appliance::kPasswordFile, "admin:x:1024:100::/:\nviewer:x:1026:100::/:\n");
+    PutFile(appliance::kGroupFile, "administrators:x:101:admin\n");
+    PutFile(std::string(appliance::kVolumeFolder) + "/video/tv/x", "x");
+    PutFile(appliance::kDaemonCommands, "");
     for (std::size_t i = 0; i < std::size(kFiles); ++i) {
-        Put(kFiles[i], texts[kParts + i]);
+        PutFile(kFiles[i], texts[kParts + i]);
     }
-    RequireAnswer(Answer(texts.data()));
+    RequireAnswer(Answer(texts[0], texts[1], texts[2]));
     for (std::size_t i = 0; i < std::size(kFiles); ++i) {
-        std::ifstream file(kFiles[i], std::ios::binary);
-        std::string const text(std::istreambuf_iterator<char>(file), {});
-        Json::Value document;
-        Require(text == texts[kParts + i] || standin::ParseJson(text, document));
+        RequireDocument(ReadFile(kFiles[i]), texts[kParts + i]);
     }
+    char value[8]; // no request asks for addresses and settings
+    Tremolane::network_utils::SplitHostPort(texts[0].c_str());
+    KDLIBCFileGetKeyValue(kFiles[0].c_str(), texts[0].c_str(), value, sizeof value, 0);
     return 0;
 }

@@ -3,7 +3,6 @@
 #include "frame/video_web_api.h"
 #include "kald/web_api_util.h"
 #include "network/host_port.h"
-#include "network/probes.h"
 #include "network/run_as_guard.h"
 
 #include <syslog.h>
@@ -18,8 +17,6 @@ constexpr uid_t kAsBefore = static_cast<uid_t>(-1);
 using namespace Tremolane::network_utils;
 
 struct OtherApi : Tremolane::VideoWebAPI {
-    using Answers = std::map<std::string, std::string (*)(OtherApi& api)>;
-
     bool SupportsSharing() override
     {
         ::syslog(LOG_DEBUG, "SupportsSharing");
@@ -34,26 +31,22 @@ struct OtherApi : Tremolane::VideoWebAPI {
 
     void Process() override
     {
-        static Answers const kAnswers = {
+        static std::map<std::string, std::string (*)(OtherApi&)> const kAnswers = {
             {"sharing", [](OtherApi& api) { return Text(api.CheckSharing()); }},
             {"may share", [](OtherApi& api) { return Text(api.IsAllowSharing()); }},
             {"may render", [](OtherApi& api) { return Text(api.IsAllowRenderer()); }},
             {"not found", [](OtherApi& api) { return api.SendNotFoundPage(), Text(true); }},
             {"number", [](OtherApi& api) { return api.GetIntParamText("n"); }},
-            {"base", [](OtherApi&) { return GetBasePath(); }},
-            {"request", [](OtherApi&) { return GetRequestUrl(); }},
+            {"request", [](OtherApi&) { return GetBasePath() + ' ' + GetRequestUrl(); }},
             {"external", [](OtherApi&) { return GetExternalUrl(); }},
             {"host", [](OtherApi&) { return GetExternalHost(); }},
             {"port", [](OtherApi&) { return GetExternalPort(); }},
-            {"relay", [](OtherApi&) { return Name(GetRelayName); }},
-            {"ddns", [](OtherApi&) { return Name(GetDdnsHostName); }},
             {"become",
              [](OtherApi&) {
                  return Text(::setresgid(kAsBefore, 8, kAsBefore) == 0 &&
                              ::setresuid(kAsBefore, 9, kAsBefore) == 0);
              }},
-            {"guard", [](OtherApi&) { return Text(RunAsGuard(7).Ok()); }},
-            {"guard a loss", [](OtherApi&) {
+            {"guard", [](OtherApi&) { // of a block that gives up root
                  RunAsGuard const guard(7);
                  return Text(guard.Ok() && ::setresuid(kAsBefore, 5, kAsBefore) == 0);
              }}};
@@ -65,12 +58,6 @@ struct OtherApi : Tremolane::VideoWebAPI {
     }
 
     static std::string Text(bool holds) { return holds ? "yes" : "no"; }
-
-    static std::string Name(bool (*ask)(std::string& name))
-    {
-        std::string name = "untouched";
-        return (ask(name) ? "found " : "none ") + name;
-    }
 };
 
 } // namespace

