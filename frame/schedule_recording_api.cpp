@@ -19,10 +19,6 @@ struct Method {
 
 } // namespace
 
-ScheduleRecordingAPI::ScheduleRecordingAPI() = default;
-
-ScheduleRecordingAPI::~ScheduleRecordingAPI() = default;
-
 void ScheduleRecordingAPI::Process()
 {
     using Api = ScheduleRecordingAPI;

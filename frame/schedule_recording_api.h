@@ -17,9 +17,6 @@
 /// operation that other methods call also returns a result for them.
 class ScheduleRecordingAPI : public Tremolane::VideoWebAPI {
 public:
-    ScheduleRecordingAPI();
-    ~ScheduleRecordingAPI() override;
-
     /// Checks the privilege and runs the method that the request names. An unknown method does
     /// nothing.
     void Process() override;

@@ -19,9 +19,6 @@ namespace {
 
 constexpr std::uint32_t kReplacement = 0xFFFD;
 
-/// Room for a few hundred schedules, so that their text is not moved while it grows.
-constexpr std::size_t kUsualSize = 100'000;
-
 struct CodePoint {
     std::uint32_t value;
     std::size_t length; ///< bytes taken
@@ -54,7 +51,7 @@ constexpr PlainBytes kPlainUtf8 = PlainBytesUpTo(0x100);
 
 class TextWriter {
 public:
-    explicit TextWriter(PlainBytes const& plain) : m_plain(plain) { m_out.reserve(kUsualSize); }
+    explicit TextWriter(PlainBytes const& plain) : m_plain(plain) {}
 
     // NOLINTBEGIN(misc-no-recursion): as deep as a document, which its reader limits
     void Write(Json::Value const& value)

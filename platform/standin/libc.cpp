@@ -18,12 +18,7 @@
 
 namespace {
 
-/// Returns the running children by the stream of their output.
-std::unordered_map<FILE*, pid_t>& Children()
-{
-    static std::unordered_map<FILE*, pid_t> children;
-    return children;
-}
+std::unordered_map<FILE*, pid_t> children; ///< the running ones, by the stream of their output
 
 /// Starts a program with its standard output redirected to `output`. Returns 0 or an errno.
 int Spawn(pid_t* pid, std::string const& program, char const* argument, int output)
@@ -113,29 +108,28 @@ FILE* KDLIBCPopen(char const* path, char const* mode, char const* arg)
     }
     standin::UniqueFd reading(ends[0]);
     standin::UniqueFd const writing(ends[1]);
-    pid_t pid = -1;
-    if (Spawn(&pid, std::string(appliance::kRoot) + path, arg, writing.Get()) != 0) {
-        return nullptr;
-    }
     FILE* const stream = ::fdopen(reading.Get(), "r");
     if (stream == nullptr) {
-        reading.Close(); // otherwise a child that writes could block, and the wait would not end
-        WaitFor(pid);
         return nullptr;
     }
     reading.Release();
-    Children()[stream] = pid;
+    pid_t pid = -1;
+    if (Spawn(&pid, std::string(appliance::kRoot) + path, arg, writing.Get()) != 0) {
+        std::fclose(stream);
+        return nullptr;
+    }
+    children[stream] = pid;
     return stream;
 }
 
 int KDLIBCPclose(FILE* stream)
 {
-    auto const child = Children().find(stream);
-    if (child == Children().end()) {
+    auto const child = children.find(stream);
+    if (child == children.end()) {
         return -1;
     }
     pid_t const pid = child->second;
-    Children().erase(child);
+    children.erase(child);
     std::fclose(stream);
     return WaitFor(pid);
 }

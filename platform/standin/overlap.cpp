@@ -91,8 +91,9 @@ private:
     /// Returns the start of the occurrence on a day, as seconds of the local clock.
     std::int64_t LocalSecondsOn(sys_days day) const
     {
-        return seconds(day.time_since_epoch()).count() + m_first.tm_hour * 3600 +
-               m_first.tm_min * 60 + m_first.tm_sec;
+        seconds const sum = day.time_since_epoch() + std::chrono::hours(m_first.tm_hour) +
+                            std::chrono::minutes(m_first.tm_min) + seconds(m_first.tm_sec);
+        return sum.count();
     }
 
     /// Returns the same in epoch seconds. Asks the local calendar, which takes long.

@@ -15,6 +15,7 @@
 #include <sys/time.h>
 #include <syslog.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <csignal>
@@ -160,11 +161,9 @@ bool RestoreAll(int journal)
     }
     auto const files = ParseJournal(text);
     errno = EINVAL;
-    bool areRestored = files.has_value();
-    for (std::size_t i = 0; areRestored && i < files->size(); ++i) {
-        areRestored = Restore((*files)[i], info.st_mtime);
-    }
-    return areRestored;
+    return files && std::ranges::all_of(*files, [&info](OldVersion const& file) {
+               return Restore(file, info.st_mtime);
+           });
 }
 
 bool DeleteJournal()

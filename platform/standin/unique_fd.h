@@ -17,18 +17,15 @@ public:
         std::swap(m_fd, other.m_fd);
         return *this;
     }
-    ~UniqueFd() { Close(); }
+    ~UniqueFd()
+    {
+        if (m_fd >= 0) {
+            ::close(m_fd);
+        }
+    }
 
     int Get() const { return m_fd; }
     explicit operator bool() const { return m_fd >= 0; }
-
-    /// Closes the descriptor, if there is one, before the destructor does.
-    void Close()
-    {
-        if (m_fd >= 0) {
-            ::close(std::exchange(m_fd, -1));
-        }
-    }
 
     /// Returns the descriptor and gives up its ownership.
     int Release() { return std::exchange(m_fd, -1); }

@@ -97,21 +97,6 @@ int WebAPI::CheckAuthorized()
     return kAuthorized;
 }
 
-int WebAPI::CheckSharingPermission()
-{
-    return 0;
-}
-
-int WebAPI::CheckSharingAppPermission()
-{
-    return 0;
-}
-
-int WebAPI::HandleUploadFile()
-{
-    return 0;
-}
-
 void WebAPI::SetResponse(Json::Value& response)
 {
     m_response.swap(response);

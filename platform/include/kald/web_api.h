@@ -57,9 +57,9 @@ public:
     virtual int CheckAuthorized();
 
     // Not called here. They are declared because they have entries in the virtual function table.
-    virtual int CheckSharingPermission();
-    virtual int CheckSharingAppPermission();
-    virtual int HandleUploadFile();
+    virtual int CheckSharingPermission() { return 0; }
+    virtual int CheckSharingAppPermission() { return 0; }
+    virtual int HandleUploadFile() { return 0; }
 
     /// Records the response data, which is moved out of `response`.
     virtual void SetResponse(Json::Value& response);
