@@ -1,4 +1,5 @@
 """The appliance under test: a fresh tree for each test, the built program, and what it leaves."""
+import contextlib
 import dataclasses
 import fcntl
 import glob
@@ -9,15 +10,14 @@ import shutil
 import socket
 import subprocess
 import time
+import types
 import urllib.parse
 from pathlib import Path
 
 import pytest
+from api_description import observe
 from schedules import Schedule, epoch
 
-pytest.register_assert_rewrite("api_description")
-from api_description import observe  # noqa: E402
-pytest_plugins = ["api_description"]
 SOURCE = Path(__file__).resolve().parent.parent
 NOW = "2025-07-01 12:00"  # a Tuesday
 [FAKETIME] = glob.glob("/usr/lib/*/faketime/libfaketime.so.1")
@@ -32,8 +32,6 @@ FILES = {
     "folders": f"{ETC}/folder.conf",
     "users": f"{ETC}/users.conf",
     "commands": "var/run/dtvd/commands",
-    "passwd": "etc/passwd",
-    "group": "etc/group",
 }
 NAMES = {path: name for name, path in FILES.items()}
 ACCOUNTS = """admin:x:1024:100::/:
@@ -43,6 +41,7 @@ locked:!:1028:100::/:
 nouid:x:4294967295:100::/:
 """
 FOLDER = {"section": "tv_record", "share": "video", "subpath": "tv"}
+HEAD = "Content-Type: application/json; charset=utf-8\r\nCache-Control: no-store"
 
 
 @dataclasses.dataclass
@@ -51,46 +50,11 @@ class Answer:
     code: int | None = None
     data: object = None
     log: list = dataclasses.field(default_factory=list)
-    headers: dict = dataclasses.field(default_factory=dict, compare=False, repr=False)
-    body: dict = dataclasses.field(default_factory=dict, compare=False, repr=False)
-
-
-@dataclasses.dataclass
-class Stored:
-    """The documents of tuner 0 and the daemon's commands; None means there is no such file."""
-    one_shot: list | None = None
-    repeat: list | None = None
-    user_defined: list | None = None
-    commands: list | None = None
-
-
-def parameters_of(query, form=""):
-    """The parameters of a request: of one name the first counts, and a text ends at NUL."""
-    pairs = urllib.parse.parse_qsl(f"{query}&{form}", keep_blank_values=True)
-    return {name: text.partition("\0")[0] for name, text in reversed(pairs)}
-
-
-def parse_answer(parameters, headers, body, log=()):
-    """The only way from an answer's text to an Answer, over CGI and over HTTP. Without parameters
-    it is not one of this API."""
-    assert body.endswith("\n") and body.count("\n") == 1 and body.isascii(), body
-    document = json.loads(body)
-    assert document["success"] == ("error" not in document), body
-    code = document["error"]["code"] if "error" in document else None
-    answer = Answer(code, document.get("data"), list(log), headers, document)
-    if parameters is not None:
-        observe(parameters.get("method", ""), parameters, answer)
-    return answer
 
 
 def case(name, *values, **marks):
     """A row of a parametrised test; the name is what pytest -k finds."""
     return pytest.param(*values, id=name, **marks)
-
-
-def is_ignored(path):
-    """Whether a file of the tree is no document: a lock, or what a save is about to replace."""
-    return path.name.startswith(".") or path.suffix in (".lock", ".tmp")
 
 
 def in_forms(name, value):
@@ -114,18 +78,17 @@ def leaves(document, path=""):
 class Appliance:
     """A tree at the build's APPLIANCE_ROOT. Files are named by FILES, or by their path."""
 
-    def __init__(self, build):
+    def __init__(self, build, is_sloppy=False):
         self.program, self.root, self.emulator = build.program, build.root, build.emulator
-        self._before = None
+        self._is_sloppy, self._before = is_sloppy, None
 
     def lay(self):
         """A fresh tree: accounts, one user with the privilege, a recording folder, no schedule."""
         shutil.rmtree(self.root, ignore_errors=True)
-        for name in ("one_shot", "repeat", "commands", "passwd"):
-            self.path(name).parent.mkdir(parents=True, exist_ok=True)
-        (self.root / "volume1/video/tv").mkdir(parents=True)
-        self.store(passwd=ACCOUNTS, group="administrators:x:101:admin,nouid,ghost\n",
-                   users={"1026": {"dtv": True}}, folders=[FOLDER])
+        for name in ("one_shot", "repeat", "commands", "volume1/video/tv/show"):
+            self.path(name).parent.mkdir(parents=True)
+        return self.store(users={"1026": {"dtv": True}}, folders=[FOLDER], **{
+            "etc/passwd": ACCOUNTS, "etc/group": "administrators:x:101:admin,nouid,ghost\n"})
 
     def path(self, name):
         return self.root / FILES.get(name, name)
@@ -143,21 +106,18 @@ class Appliance:
         return self
 
     def stored(self):
-        def load(name):
-            path = self.path(name)
-            return json.loads(path.read_text(encoding="utf-8")) if path.exists() else None
-        commands = self.path("commands")
-        return Stored(load("one_shot"), load("repeat"), load("user_defined"),
-                      commands.read_text().splitlines() if commands.exists() else None)
+        """The documents of tuner 0, None without a file, and the daemon's commands."""
+        files = {name: text.decode() for name, text in self.snapshot().items()}
+        return types.SimpleNamespace(
+            **{name: json.loads(files.get(name, "null"))
+               for name in ("one_shot", "repeat", "user_defined")},
+            commands=files.get("commands", "").splitlines())
 
     def snapshot(self):
-        """Every file of the tree by its name in FILES, else by its path."""
-        files = {}
-        for path in self.root.rglob("*"):
-            if path.is_file() and not is_ignored(path):
-                name = str(path.relative_to(self.root))
-                files[NAMES.get(name, name)] = path.read_bytes()
-        return files
+        """Every file of the tree but hidden ones, by its name in FILES, else by its path."""
+        names = {path: str(path.relative_to(self.root)) for path in self.root.rglob("[!.]*")
+                 if path.is_file()}
+        return {NAMES.get(name, name): path.read_bytes() for path, name in names.items()}
 
     def request(self, method, user="admin", now=NOW, zone="UTC", under=(), **parameters):
         """Asks for a method as a web server does; parameters that are None are left out.
@@ -171,20 +131,22 @@ class Appliance:
         return self.run({"QUERY_STRING": urllib.parse.urlencode(given)}, user=user, now=now,
                         zone=zone, under=under)
 
-    def run(self, environment, body="", form="", is_described=True, user="admin", now=NOW,
-            zone="UTC", under=()):
+    def run(self, environment, body="", form="", is_described=True, user="admin", **options):
         """The same with any CGI environment and a body, of which the program reads `form`.
         `is_described` is false for another API."""
-        run = self.launch({"REMOTE_USER": user} | environment, now, zone, under,
-                          input=body.encode())
-        lines = run.stderr.decode().splitlines()
-        log = [line.split("]: ", 1)[1] for line in lines if line.startswith(self.program.name)]
-        assert run.returncode == 0, f"ends with {run.returncode}: {run.stderr.decode()}"
-        assert len(log) == len(lines), run.stderr.decode()
+        run = self.launch({"REMOTE_USER": user} | environment, input=body.encode(), **options)
+        errors = run.stderr.decode()
+        log = re.findall(rf"^{self.program.name}\[\d+\]: (.*)$", errors, re.MULTILINE)
+        assert (run.returncode, len(log)) == (0, errors.count("\n")), errors
         head, _, text = run.stdout.decode().partition("\r\n\r\n")
-        headers = dict(line.split(": ", 1) for line in head.split("\r\n"))
-        parameters = parameters_of(environment.get("QUERY_STRING", ""), form)
-        return parse_answer(parameters if is_described else None, headers, text, log)
+        assert head == HEAD and re.fullmatch(r"[\x20-\x7f]+\n", text), run.stdout
+        answer = json.loads(text)
+        if is_described:  # of one name the first counts, and a text ends at NUL
+            query = f"{environment.get('QUERY_STRING', '')}&{form}"
+            pairs = urllib.parse.parse_qsl(query, keep_blank_values=True)
+            observe({name: value.partition("\0")[0] for name, value in reversed(pairs)}, answer,
+                    self._is_sloppy)
+        return Answer(answer.get("error", {}).get("code"), answer.get("data"), log)
 
     def launch(self, environment, now=NOW, zone="UTC", under=(), **options):
         """Runs the program to its end, whatever it answers."""
@@ -203,15 +165,23 @@ class Appliance:
         All other files must be as they were, byte for byte.
         """
         __tracebackhide__ = True
-        before, self._before = self._before, None
-        after = self.snapshot()
-        changed = {name: self._change(name, before, after, expected) for name in before | after
-                   if before.get(name) != after.get(name)}
-        expected = {name: in_forms(name, value) for name, value in expected.items()}
-        found, wanted = leaves(changed), leaves(expected)
+        before, after, self._before = self._before, self.snapshot(), None
+        found = leaves({name: self._change(name, before, after, expected) for name in before | after
+                        if before.get(name) != after.get(name)})
+        wanted = leaves({name: in_forms(name, value) for name, value in expected.items()})
         differing = {path: f"{found.get(path)} instead of {wanted.get(path)}"
                      for path in found | wanted if found.get(path) != wanted.get(path)}
         assert differing == {}
+
+    @staticmethod
+    def _change(name, before, after, expected):
+        if name not in after:
+            return "(no file)"
+        if name == "commands":
+            assert after[name].startswith(before.get(name, b""))
+            return after[name][len(before.get(name, b"")):].decode().splitlines()
+        text = after[name].decode("utf-8", "replace")
+        return text if isinstance(expected.get(name), str) else json.loads(text)
 
     def settle(self):
         """Asserts that the last request changed nothing, unless expect_changes() has asked."""
@@ -222,16 +192,6 @@ class Appliance:
     def forget(self):
         """Accepts whatever the last request changed."""
         self._before = None
-
-    @staticmethod
-    def _change(name, before, after, expected):
-        if name not in after:
-            return "(no file)"
-        text = after[name].decode("utf-8", "replace")
-        if name == "commands":
-            assert after[name].startswith(before.get(name, b""))
-            return after[name][len(before.get(name, b"")):].decode().splitlines()
-        return text if isinstance(expected.get(name), str) else json.loads(text)
 
 
 def program_environment(now, zone, syncs):
@@ -244,105 +204,74 @@ def program_environment(now, zone, syncs):
             "ASAN_OPTIONS": "verify_asan_link_order=0:detect_leaks=0"}
 
 
-@dataclasses.dataclass(frozen=True)
-class Build:
-    """A folder that CMake has built in, its program, the tree that the program works on, and the
-    command that runs a program of another processor."""
-    folder: Path
-    program: Path
-    root: Path
-    emulator: list
-
-
 def pytest_addoption(parser):
     parser.addoption("--build", default="build/dev", help="build to test, below the source folder")
 
 
 @pytest.fixture(scope="session")
 def build(pytestconfig):
-    """The build under test. Other tests of the same build wait until these are done."""
+    """The build under test: its folder, its program, the tree that the program works on, and the
+    command that runs a program of another processor. Other tests of it wait until these are done.
+    """
     folder = SOURCE / pytestconfig.getoption("--build")
-    cache = (folder / "CMakeCache.txt").read_text(encoding="utf-8")
-    root = Path(re.search(r"^APPLIANCE_ROOT:\w+=(/.+)$", cache, re.MULTILINE)[1])
-    emulator = re.search(r"^CMAKE_CROSSCOMPILING_EMULATOR:\w+=(.+)$", cache, re.MULTILINE)
+    cache = dict(re.findall(r"^(\w+):\w+=(.+)$", (folder / "CMakeCache.txt").read_text(), re.M))
     with open(folder / "tests.lock", "w", encoding="ascii") as lock:
         fcntl.flock(lock, fcntl.LOCK_EX)
-        yield Build(folder, folder / "schedule_recording", root,
-                    emulator[1].split(";") if emulator else [])
+        yield types.SimpleNamespace(
+            folder=folder, root=Path(cache["APPLIANCE_ROOT"]),
+            program=folder / "schedule_recording",
+            emulator=re.findall("[^;]+", cache.get("CMAKE_CROSSCOMPILING_EMULATOR", "")))
 
 
 @pytest.fixture
-def appliance(build):
+def appliance(build, request):
     """A fresh appliance for each test. What a request changes must be named: expect_changes()."""
-    appliance = Appliance(build)
-    appliance.lay()
-    return appliance
+    failed = request.session.testsfailed
+    appliance = Appliance(build, request.node.get_closest_marker("sloppy") is not None).lay()
+    yield appliance
+    if request.session.testsfailed == failed:
+        appliance.settle()
 
 
-@pytest.hookimpl(hookwrapper=True)
-def pytest_pyfunc_call(pyfuncitem):
-    """A test has only passed if its last request changed nothing but what the test named."""
-    __tracebackhide__ = True
-    outcome = yield
-    outcome.get_result()
-    if "appliance" in pyfuncitem.funcargs:
-        pyfuncitem.funcargs["appliance"].settle()
-
-
-class WebServer:
+class WebServer(contextlib.AbstractContextManager):
     """A web server on the loopback interface that runs a program; `url` is where it answers."""
 
     def __init__(self, program, appliance, folder):
-        self.appliance = appliance
-        self.log = folder / "log"
-        self._program, self._folder = program, folder
+        if appliance.emulator:
+            pytest.skip("a web server cannot start a program of another processor")
+        self.appliance, self.log = appliance, folder / "log"
+        self.lay_sample()
+        shutil.copy(appliance.root / "etc/logins", folder)
+        with socket.socket() as probe:
+            probe.bind(("127.0.0.1", 0))
+            port = probe.getsockname()[1]
+        self.url = f"http://127.0.0.1:{port}"
+        environment = os.environ | {
+            "WEB_PORT": str(port), "WEB_PROGRAM": str(program), "WEB_LOGINS": f"{folder}/logins",
+            "WEB_ACCESS_LOG": "/dev/null", "WEB_PAGE": f"{SOURCE}/web",
+            "PATH": os.environ["PATH"] + ":/usr/sbin"}
+        command = ["lighttpd", "-D", "-f", SOURCE / "dev/lighttpd.conf"]
+        with open(self.log, "w", encoding="utf-8") as output:
+            self._server = subprocess.Popen(["setpriv", "--pdeathsig", "TERM", *command],
+                                            stderr=output, env=environment)
+        while socket.socket().connect_ex(("127.0.0.1", port)) != 0:
+            assert self._server.poll() is None, self.log.read_text()
+            time.sleep(0.02)
 
     def lay_sample(self):
         """Replaces the appliance's tree with the sample that a person develops with."""
         shutil.rmtree(self.appliance.root, ignore_errors=True)
         subprocess.run([SOURCE / "dev/make-sample-appliance", self.appliance.root], check=True)
-        return self
-
-    def __enter__(self):
-        if self.appliance.emulator:
-            pytest.skip("a web server cannot start a program of another processor")
-        self.lay_sample()
-        shutil.copy(self.appliance.root / "etc/logins", self._folder)
-        with socket.socket() as probe:
-            probe.bind(("127.0.0.1", 0))
-            port = probe.getsockname()[1]
-        self.url = f"http://127.0.0.1:{port}"
-        self._output = open(self.log, "w", encoding="utf-8")
-        environment = {"WEB_PORT": str(port), "WEB_PROGRAM": str(self._program),
-                       "WEB_LOGINS": str(self._folder / "logins"), "WEB_ACCESS_LOG": "/dev/null",
-                       "WEB_PAGE": str(SOURCE / "web"),
-                       "PATH": os.environ["PATH"] + ":/usr/sbin"}
-        command = ["lighttpd", "-D", "-f", SOURCE / "dev/lighttpd.conf"]
-        self._server = subprocess.Popen(["setpriv", "--pdeathsig", "TERM", *command],
-                                        stderr=self._output, env=os.environ | environment)
-        while socket.socket().connect_ex(("127.0.0.1", port)) != 0:
-            assert self._server.poll() is None, self.log.read_text()
-            time.sleep(0.02)
-        return self
 
     def __exit__(self, *_):
         self._server.terminate()
         self._server.wait()
-        self._output.close()
         assert "Sanitizer" not in self.log.read_text(errors="replace")
 
 
-@pytest.fixture(scope="session")
-def web_server(build, tmp_path_factory):
-    """One web server for all tests; it ends with them. Each test that names this fixture finds the
-    sample appliance afresh in `web_server.appliance`, and the endpoint at
-    `web_server.url + "/webapi/schedule_recording"`, where each sample login is its own password."""
-    with WebServer(build.program, Appliance(build), tmp_path_factory.mktemp("web")) as server:
+@pytest.fixture
+def web_server(build, tmp_path):
+    """A web server over the sample appliance. The endpoint is at
+    `web_server.url + "/webapi/schedule_recording"`; each sample login is its own password."""
+    with WebServer(build.program, Appliance(build), tmp_path) as server:
         yield server
-
-
-@pytest.fixture(autouse=True)
-def fresh_sample(request):
-    """Lays the sample for each test of the web server: the tests share one tree."""
-    if "web_server" in request.fixturenames:
-        request.getfixturevalue("web_server").lay_sample()

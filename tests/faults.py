@@ -1,12 +1,13 @@
 """Commands that run the program with a system call that fails, by strace."""
 
 
-def failing(calls, *paths, at="1+", error="EIO"):
-    """Fails calls of a name, or of several with commas; `at` is strace's when: 2, or 2+ from there
-    on. With paths only calls that name one first, or use a descriptor of one, count."""
-    only = [word for path in paths for word in ("-P", str(path))]
+def failing(calls, *paths, at="1+", fault="error=EIO"):
+    """Injects a fault into calls of a name, or of several with commas; `at` is strace's when: 2, or
+    2+ from there on. With paths only calls that name one first, or use a descriptor of one, count.
+    """
+    only = [word for path in paths for word in ("-P", str(path))] or ["--seccomp-bpf"]
     return ["strace", "-f", "-qq", "-o", "/dev/null", *only,
-            "-e", f"inject={calls}:error={error}:when={at}"]
+            "-e", f"inject={calls}:{fault}:when={at}"]
 
 
 def not_loaded(appliance, name, stored):
@@ -28,18 +29,12 @@ def not_told(appliance):
 def unsaved(appliance, name):
     """Fails every save of a file: its temporary file does not get its name."""
     path = appliance.path(name)
-    return failing("rename,renameat2", path, f"{path}.tmp", error="EPERM")
+    return failing("rename,renameat2", path, f"{path}.tmp", fault="error=EPERM")
 
 
 def daemon_fails(appliance, after):
     """The tuner daemon takes that many commands and no more."""
     return failing("openat", appliance.path("commands"), at=f"{after + 1}+")
-
-
-def failing_nth(name, nth, what):
-    """Fails the nth call of that name in the whole run: what is `error=EIO` or `signal=KILL`."""
-    return ["strace", "-f", "--seccomp-bpf", "-qq", "-o", "/dev/null",
-            "-e", f"inject={name}:{what}:when={nth}"]
 
 
 def calls_of(trace, path):

@@ -26,10 +26,9 @@ def test_lock_held_by_another_is_waited_for_ten_seconds(appliance):
         begin = time.monotonic()
         assert appliance.request("list").code is None
         assert time.monotonic() - begin < 5
-        answer = change(appliance, now=None)
+        log = f"another request has held {appliance.path(LOCK)} for 10 seconds"
+        assert change(appliance, now=None) == Answer(100, log=[log])
         assert 9 < time.monotonic() - begin < 30
-    log = f"another request has held {appliance.path(LOCK)} for 10 seconds"
-    assert answer == Answer(100, log=[log])
     assert change(appliance) == Answer()
 
 
@@ -42,15 +41,13 @@ def test_lock_of_somebody_else_refuses_changes(appliance, spoil, reason):
     spoil(appliance.path(LOCK))
     log = f"cannot lock {appliance.path(LOCK)}: {reason}"
     assert change(appliance) == Answer(100, log=[log])
-    assert appliance.request("list").code is None
 
 
 def test_journal_left_behind_is_rolled_back_by_the_next_change(appliance):
-    old, path = '[{"title":"old"}]', appliance.path("one_shot").relative_to(appliance.root / ETC)
-    later = appliance.path(f"{ETC}/later")
-    appliance.store(one_shot=[SHOW], user_defined=[SHOW], **{
-        str(later): "", JOURNAL: f"{len(old)} {path}\n{old}-1 {later.name}\n"
-                                 "-1 dtvuserdefineschedules.json\n"})
+    old, later = '[{"title":"old"}]', appliance.path(f"{ETC}/later")
+    appliance.store(one_shot=[SHOW], user_defined=[SHOW], **{str(later): "", JOURNAL: (
+        f"{len(old)} dtvschedules/0dtv_schedule.json\n{old}-1 later\n"
+        "-1 dtvuserdefineschedules.json\n")})
     appliance.path(JOURNAL).chmod(0o600)
     os.utime(later, (0, appliance.path(JOURNAL).stat().st_mtime + 62))
     assert appliance.request("list").data["schedules"][0]["title"] == SHOW.title
@@ -59,22 +56,20 @@ def test_journal_left_behind_is_rolled_back_by_the_next_change(appliance):
         "rolled back an unfinished request"])
     appliance.expect_changes(one_shot=old, user_defined="(no file)", commands=["reload"])
     assert change(appliance) == Answer()
-    assert not appliance.path(JOURNAL).exists()
 
 
-@pytest.mark.parametrize("text", ["x", "1", "1\nx", "2 x\ny", "-1 ../users\n", "1 a\nb1 c"])
+@pytest.mark.parametrize("text", ["x", "1\nx", "2 x\ny", "-1 ../users\n", "1 a\nb1 c"])
 def test_journal_that_is_broken_refuses_changes(appliance, text):
     appliance.store(**{JOURNAL: text}).path(JOURNAL).chmod(0o600)
     log = f"cannot roll back an unfinished request from {appliance.path(JOURNAL)}: Invalid argument"
-    assert change(appliance) == Answer(100, log=[log])
-    assert appliance.request("list").code is None
-    assert appliance.path(JOURNAL).read_text() == text
+    for _ in "once", "again":
+        assert change(appliance) == Answer(100, log=[log])
 
 
 def test_change_without_room_is_rolled_back(appliance):
     appliance.store(one_shot=[SHOW], user_defined=[SHOW])
     path = appliance.path("user_defined")
-    under = failing("rename,renameat2", path, f"{path}.tmp", at="1", error="ENOSPC")
+    under = failing("rename,renameat2", path, f"{path}.tmp", at="1", fault="error=ENOSPC")
     answer = appliance.request("delete_userdefine", tuner=0, id=SHOW.start, under=under)
     assert answer == Answer(100, log=["a device failed or is full: the request is rolled back",
                                       "rolled back an unfinished request"])
@@ -82,7 +77,8 @@ def test_change_without_room_is_rolled_back(appliance):
 
 
 def test_save_keeps_mode_and_owner(appliance):
-    path = appliance.path("one_shot")
+    path, own = appliance.path("one_shot"), (os.geteuid(), os.getegid())
+    owner, owner_of_folder = ((1234, 5678), (12, 13)) if own[0] == 0 else (own, own)
     appliance.store(**{f"{path}.tmp": "left by a process that was killed"})
 
     def saved(start):
@@ -91,13 +87,8 @@ def test_save_keeps_mode_and_owner(appliance):
         info = path.stat()
         return info.st_mode & 0o7777, info.st_uid, info.st_gid
 
-    own = os.geteuid(), os.getegid()
-    assert saved(1000) == (0o640, *own)
+    os.chown(path.parent, *owner_of_folder)
+    assert saved(1000) == (0o640, *owner_of_folder)
+    os.chown(path, *owner)
     path.chmod(0o604)
-    assert saved(2000) == (0o604, *own)
-    if own[0] == 0:
-        os.chown(path, 1234, 5678)
-        assert saved(3000) == (0o604, 1234, 5678)
-        os.chown(path.parent, 12, 13)
-        path.unlink()
-        assert saved(4000) == (0o640, 12, 13)  # a new file is the folder's owner's
+    assert saved(2000) == (0o604, *owner)
