@@ -30,16 +30,11 @@ def test_delete_without_id_stops_tuner(appliance, channel):
         100, log=not_told(appliance))
 
 
-def ends(after, duration):
-    """A schedule whose start and duration end that long after the clock of the tests."""
-    return {"start_time": epoch(NOW) - duration + after, "duration": duration}
-
-
-HALF_AN_HOUR = epoch(NOW) - 1800
-PASSED = [ends(0, 60), ends(-10**9, 1), {"start_time": -2**31, "duration": 1},
-          {"start_time": HALF_AN_HOUR, "duration": 0}, {"start_time": HALF_AN_HOUR}]
-KEPT = [ends(1, 61), {"start_time": 2**31 - 1, "duration": 2**31 - 1}, {"duration": 5},
-        {"start_time": HALF_AN_HOUR + 1, "duration": -5}, {"start_time": "5", "duration": 5}]
+NOON = epoch(NOW)
+PASSED = [{"start_time": NOON - 60, "duration": 60}, {"start_time": -2**31, "duration": 1},
+          {"start_time": NOON - 1800, "duration": 0}, {"start_time": NOON - 1800}]
+KEPT = [{"start_time": NOON - 60, "duration": 61}, {"start_time": NOON - 1799, "duration": -5},
+        {"start_time": 2**31 - 1, "duration": 2**31 - 1}, {"start_time": "5"}, {"duration": 5}]
 
 
 def test_delete_passed(appliance):

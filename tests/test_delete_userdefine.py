@@ -33,18 +33,13 @@ def test_delete_userdefine(both, starts, code, changes):
     both.expect_changes(**changes)
 
 
-def test_delete_userdefine_last_record_leaves_null(both):
-    assert delete(both.store(user_defined=[SHOW]), SHOW.start) == Answer()
-    both.expect_changes(one_shot=[], user_defined="null\n", commands=[STOP, "reload"])
-
-
 @pytest.mark.parametrize("one_shot, code", [(None, 402), ("[", 403)])
 def test_delete_userdefine_schedule_not_deleted_record_goes(both, one_shot, code):
-    both.store(one_shot=one_shot, repeat=None)
+    both.store(one_shot=one_shot, repeat=None, user_defined=[SHOW, WEEKLY])
     log = [*(not_loaded(both, "one_shot", one_shot) if one_shot else ()),
            f"schedule_recording:1032 Fail to load file {both.path('repeat')}"]
     assert delete(both, SHOW.start, WEEKLY.start) == Answer(code, log=log)
-    both.expect_changes(user_defined=[ON_1], commands=["reload"])
+    both.expect_changes(user_defined="null\n", commands=["reload"])
 
 
 @pytest.mark.parametrize("stored", [None, "[", "{}"])

@@ -28,7 +28,6 @@ def test_getinfo_userdefine(appliance, schedule, zone, changes):
 
 @pytest.mark.parametrize("now, zone, start, date, time, weekday", [
     case("no start", NOW, "UTC", None, "2025-07-01", "12:00", 2),
-    case("unknown start", NOW, "UTC", 0, "2025-07-01", "12:00", 2),
     case("other tuner", NOW, "UTC", 5, "2025-07-01", "12:00", 2),
     case("Sunday", "2025-07-07 03:59", "America/New_York", -1, "2025-07-06", "23:59", 0)])
 def test_getinfo_userdefine_of_none(appliance, now, zone, start, date, time, weekday):

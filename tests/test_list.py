@@ -17,10 +17,8 @@ EQUAL = {"one_shot": titled(a=10, b=10, c=-5), "repeat": titled(d=10, e=10)}
 
 @pytest.mark.parametrize("files, parameters, code, titles, start, total", [
     case("no files", {}, {}, None, "", 0, 0),
-    case("rules alone", {"repeat": RULES}, {}, None, "bdf", 0, 3),
     case("broken rules", BOTH | {"repeat": "[{}"}, {}, None, "aceg", 0, 4),
     case("broken one-shots", BOTH | {"one_shot": "[7"}, {"start": -1}, 403, "", 0, 0),
-    case("one-shots in no array", BOTH | {"one_shot": '{"x":7}'}, {}, 403, "", 0, 0),
     case("latest first of equal starts, rules before", EQUAL, {}, None, "cedba", 0, 5),
     case("no limit shows all", BOTH, {"start": 7}, None, "abcdefg", 7, 7),
     case("page", BOTH, {"start": 2, "limit": 2}, None, "cd", 2, 7),
