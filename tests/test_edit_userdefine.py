@@ -2,7 +2,7 @@
 import pytest
 from conftest import Answer, case
 from every_method import MADE, NEW, NEW_RULE, PASSED, RULE, STORED, edit_of
-from faults import daemon_fails, not_told, unsaved
+from faults import daemon_fails, not_saved, not_told, unsaved
 from schedules import OTHER, SHOW, WEEKLY, Schedule
 
 LATER = Schedule("2033-05-17", "20:30", "01:00", "Later", "7@474", "0,0,1,0,0,0,1", "2033-08-01")
@@ -109,7 +109,12 @@ def test_edit_userdefine_daemon_ends_one_shots_stay_without_record(stored, taken
 
 
 def test_edit_userdefine_goes_on_after_delete_that_fails(stored):
-    assert edit(stored.store(one_shot=[PASSED]), SHOW, NEW) == Answer(402)
+    answer = edit(stored, SHOW, NEW_RULE, under=unsaved(stored, "one_shot"))
+    assert answer == Answer(403, log=not_saved(stored, "one_shot"))
+    stored.expect_changes(repeat=[RULE, NEW_RULE], user_defined=[WEEKLY, NEW_RULE],
+                          commands=["reload"])
+    stored.store(**STORED | {"one_shot": [PASSED]})
+    assert edit(stored, SHOW, NEW) == Answer(402)
     stored.expect_changes(one_shot=[PASSED, NEW], user_defined=[WEEKLY, NEW],
                           commands=["reload", "reload"])
 
