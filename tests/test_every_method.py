@@ -40,16 +40,16 @@ def test_refused(appliance, name, changes, code):
     assert appliance.store(**STORED).request(**query_of(name) | changes) == Answer(code)
 
 
-@pytest.mark.parametrize("name, bad, lookup, uid", [
-    ("create", {"id": "x"}, 661, 667), ("edit_userdefine", {"tuner": None}, 661, 667),
-    ("create_repeat", {"id": "x"}, 856, 862),
-    ("edit_userdefine to a rule", {"tuner": None}, 856, 862)], ids=str)
-def test_parameters_count_before_user_and_folder(appliance, name, bad, lookup, uid):
-    """Of a one-shot schedule the folder is asked for before the user, of a rule after him."""
-    query, is_rule = query_of(name), lookup == 856
-    for user, log in (("ghost", f"{lookup} Failed to KALDUserGet function."),
-                      ("nouid", f"{uid} uid is error.")):
-        answer = Answer(100, log=[f"schedule_recording:{log}"])
+@pytest.mark.parametrize("name, is_rule, bad", [
+    ("create", False, {"id": "x"}), ("edit_userdefine", False, {"tuner": None}),
+    ("create_repeat", True, {"id": "x"}), ("edit_userdefine to a rule", True, {"tuner": None})],
+    ids=str)
+def test_parameters_come_before_user_and_folder(appliance, name, is_rule, bad):
+    """The folder comes before the user for a one-shot schedule, and after the user for a rule."""
+    query = query_of(name)
+    for user, line, text in (("ghost", 856 if is_rule else 661, "Failed to KALDUserGet function."),
+                             ("nouid", 862 if is_rule else 667, "uid is error.")):
+        answer = Answer(100, log=[f"schedule_recording:{line} {text}"])
         appliance.store(**STORED, folders=[FOLDER])
         assert appliance.request(user=user, **query) == answer
         appliance.store(folders=[])
