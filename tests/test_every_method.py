@@ -6,7 +6,7 @@ from faults import daemon_fails, not_loaded, not_saved, not_told, unsaved
 from schedules import SHOW, WEEKLY
 
 REPEAT = {"start_time": [None, "x", -1, 0, 2**31], "end_date": [None],
-          "weekdaystatus": [None, ",1", "0,0,0,0,0,0,0"]}
+          "weekdaystatus": [None, ",1", "0,0,0,0,0,0,0", "2,2,2,2,2,2,2"]}
 BAD = {  # besides no tuner
     "create": {"id": [None, "x", "0", "0@0", "7@", "+7", "7@4@4", 2**31],
                "start_time": [None, "x", "1,2", 0, 2**31]},

@@ -24,7 +24,7 @@ EQUAL = {"one_shot": titled(a=10, b=10, c=-5), "repeat": titled(d=10, e=10)}
     case("page", BOTH, {"start": 2, "limit": 2}, None, "cd", 2, 7),
     case("last page", BOTH, {"start": 5, "limit": "+10"}, None, "fg", 5, 7),
     case("page behind the last", BOTH, {"start": 7, "limit": 2}, None, "", 0, 0),
-    case("limit 0 is 1", BOTH, {"start": 1, "limit": 0}, None, "b", 1, 7),
+    case("negative limit is 1", BOTH, {"start": 1, "limit": -5}, None, "b", 1, 7),
     case("start beyond the last", BOTH, {"start": 8}, 101, "", 0, 0),
     case("negative start", BOTH, {"start": -1}, 101, "", 0, 0),
     case("start x", BOTH, {"start": "x"}, 101, "", 0, 0),
