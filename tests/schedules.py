@@ -1,4 +1,5 @@
-"""A schedule and every form it has: the client's, the stored record and the user-defined record."""
+"""A schedule of tuner 0 and every form it has: the client's, the stored record and the
+user-defined record."""
 import calendar
 import dataclasses
 import time
@@ -19,7 +20,6 @@ class Schedule:
     channel: str
     days: str | None = None
     end_date: str = "1"
-    tuner: int = 0
 
     def but(self, **changes):
         return dataclasses.replace(self, **changes)
@@ -27,11 +27,6 @@ class Schedule:
     @property
     def is_repeat(self):
         return self.days is not None
-
-    @property
-    def file(self):
-        """The name of the file that stores it."""
-        return "repeat" if self.is_repeat else "one_shot"
 
     @property
     def start(self):
@@ -46,7 +41,7 @@ class Schedule:
         form = {"id": self.channel, "channel_name": "C", "start_date": self.date,
                 "start_time": self.time, "duration": self.length, "title": self.title,
                 "description": f"About {self.title}", "is_repeat": str(self.is_repeat).lower(),
-                "tuner": self.tuner}
+                "tuner": 0}
         if self.is_repeat:
             form |= {"isweekly": "true", "weekdaystatus": self.days, "end_date": self.end_date}
         return form
@@ -67,13 +62,13 @@ class Schedule:
     def record(self, **changes):
         """Its record in the file of user-defined schedules."""
         return {"start_time": self.start, "event_name": self.title,
-                "text_name": f"About {self.title}", "duration": self.seconds, "tuner": self.tuner,
+                "text_name": f"About {self.title}", "duration": self.seconds, "tuner": 0,
                 "input_start_date": self.date, "input_start_time": self.time,
                 "input_duration": self.length, "channel_name": "C", "channel_id": self.channel,
                 "is_repeat": self.is_repeat, "isweekly": True,
                 "weekdaystatus": self.days or "0,0,0,0,0,0,0", "end_date": self.end_date} | changes
 
 
-SHOW = Schedule("2025-07-02", "20:15", "01:00", "Show", "7@474")
-OTHER = Schedule("2025-07-05", "20:15", "01:00", "Other", "8@490")
-WEEKLY = Schedule("2025-07-03", "18:00", "00:30", "Weekly", "9@500", "0,0,0,0,1,0,0", "2025-12-31")
+SHOW = Schedule("2033-05-18", "20:15", "01:00", "Show", "7@474")
+OTHER = Schedule("2033-05-21", "20:15", "01:00", "Other", "8@490")
+WEEKLY = Schedule("2033-05-19", "18:00", "00:30", "Weekly", "9@500", "0,0,0,0,1,0,0", "2033-12-31")
