@@ -1,5 +1,4 @@
-"""A schedule of tuner 0 and every form it has: the client's, the stored record and the
-user-defined record."""
+"""A schedule of tuner 0 in every form: the client's, the stored record, the user-defined one."""
 import calendar
 import dataclasses
 import time
