@@ -66,10 +66,8 @@ std::string Answer(std::string const& query, std::string const& user, std::strin
 /// Headers, an empty line and JSON.
 void RequireAnswer(std::string const& answer)
 {
-    std::size_t const headersEnd = answer.find("\r\n\r\n");
     Json::Value document;
-    Require(headersEnd != std::string::npos);
-    Require(standin::ParseJson(answer.substr(headersEnd), document));
+    Require(standin::ParseJson(answer.substr(answer.find("\r\n\r\n")), document));
     Require(document["success"].isBool());
 }
 
@@ -77,8 +75,7 @@ void RequireAnswer(std::string const& answer)
 void RequireDocument(std::string const& text, std::string const& before)
 {
     Json::Value document, saved;
-    bool const isJson = standin::ParseJson(text, document);
-    Require(isJson || text == before);
+    Require(standin::ParseJson(text, document) || text == before);
     standin::ParseJson(RenderJson(document, standin::Charset::kUtf8), saved);
     Require(saved == document);
 }

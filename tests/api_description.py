@@ -10,6 +10,7 @@ FILE = "docs/openapi.yaml"
 DOCUMENT = yaml.safe_load((Path(__file__).parent.parent / FILE).read_text(encoding="utf-8"))
 METHODS = list(DOCUMENT["components"]["schemas"]["request"]["discriminator"]["mapping"])
 RESOLVER = jsonschema.RefResolver.from_schema(DOCUMENT)
+seen = set()  # each method with a code that it answered, None for a success, or a parameter
 
 
 def schema_of(name):
@@ -61,9 +62,17 @@ def observe(texts, answer, is_sloppy=False):
         assert answer == {"success": True} or code in codes("common"), f"{method!r}: {answer}"
         return
     check(f"{method}_answer", answer)
+    seen.update([("any method", code), *((method, what) for what in (code, *texts))])
     is_refused = code in (101, 105, 106, 107)  # for its parameters or its login
     if not is_sloppy and not is_refused:
         forms = parameters_of(method)
         values = {name: read_as(forms[name], text) if name in forms else text
                   for name, text in texts.items()}
         check(f"{method}_request", values | {"method": method})
+
+
+def unseen():
+    """The codes and parameters of the description that no request so far has shown."""
+    described = {(method, what) for method in METHODS
+                 for what in (None, *codes(method), *parameters_of(method))}
+    return described.union(("any method", code) for code in codes("common")) - seen

@@ -15,7 +15,7 @@ import urllib.parse
 from pathlib import Path
 
 import pytest
-from api_description import observe
+from api_description import observe, unseen
 from schedules import Schedule, epoch
 
 SOURCE = Path(__file__).resolve().parent.parent
@@ -40,6 +40,7 @@ guest:x:1027:100::/:
 locked:!:1028:100::/:
 nouid:x:4294967295:100::/:
 """
+needs_root = pytest.mark.skipif(os.geteuid() != 0, reason="needs what only root can do")
 FOLDER = {"section": "tv_record", "share": "video", "subpath": "tv"}
 HEAD = "Content-Type: application/json; charset=utf-8\r\nCache-Control: no-store"
 
@@ -206,6 +207,15 @@ def program_environment(now, zone, syncs):
 
 def pytest_addoption(parser):
     parser.addoption("--build", default="build/dev", help="build to test, below the source folder")
+
+
+def pytest_sessionfinish(session):
+    """Fails a run of all tests in which something described was never seen."""
+    options = session.config.option
+    is_whole = options.file_or_dir == ["tests"] and not options.keyword and not options.markexpr
+    if is_whole and session.testsfailed == 0 and unseen():
+        session.exitstatus = 1
+        print("\ndocs/openapi.yaml describes what no test has seen:", *unseen())
 
 
 @pytest.fixture(scope="session")

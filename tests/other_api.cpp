@@ -1,5 +1,6 @@
 /// @file Another API class of the package, as a CGI program: it answers what it is asked about its
 /// base class and about network/. The parameter `ask` names the questions, with commas between.
+#include "frame/privilege.h"
 #include "frame/video_web_api.h"
 #include "kald/web_api_util.h"
 #include "network/host_port.h"
@@ -35,6 +36,13 @@ struct OtherApi : Tremolane::VideoWebAPI {
             {"sharing", [](OtherApi& api) { return Text(api.CheckSharing()); }},
             {"may share", [](OtherApi& api) { return Text(api.IsAllowSharing()); }},
             {"may render", [](OtherApi& api) { return Text(api.IsAllowRenderer()); }},
+            {"grant",
+             [](OtherApi&) {
+                 PrivilegeFile file;
+                 file.SetPrivilege(7, "dtv", true);
+                 file.SetPrivilege(1026, "dtv", false);
+                 return Text(file.GetPrivilege(7, "dtv"));
+             }},
             {"not found", [](OtherApi& api) { return api.SendNotFoundPage(), Text(true); }},
             {"number", [](OtherApi& api) { return api.GetIntParamText("n"); }},
             {"request", [](OtherApi&) { return GetBasePath() + ' ' + GetRequestUrl(); }},

@@ -1,10 +1,9 @@
 """What the base class and network/ give to other API classes of the package: shared links, the
 appliance's address outside, and the guard that runs a block as root."""
-import os
 import re
 
 import pytest
-from conftest import Answer, case
+from conftest import Answer, case, needs_root
 
 BOX = "box.tvr.example.com"  # a host under the relay domain
 PORTWAY = "usr/kald/webapi/KALD.Core.Portway.2.get.json"
@@ -50,6 +49,13 @@ def test_shared_link_is_judged_once(other, user, link, code, judged):
 def test_privileges_of_other_classes(other):
     other.store(users={"1027": {"sharing": True, "renderer": False}})
     assert ask(other, "may share", "may render", user="guest").data == ["yes", "no"]
+
+
+def test_privileges_are_written_when_the_object_goes(other):
+    other.store(users={"7": 1, "1026": {"sharing": True}})
+    assert ask(other, "grant").data == ["yes"]
+    written = '{"1026":{"dtv":false,"sharing":true},"7":{"dtv":true}}\n'
+    assert other.path("users").read_text() == written
 
 
 def test_not_found_page(other):
@@ -121,7 +127,6 @@ def ask_as_uid_9(other, trace, *questions, fails):
 
 
 IN, BACK = (f"network_utils:7 ERROR: {name}" for name in ("IF_RUN_AS(0, 0)", "~IF_RUN_AS(9, 8)"))
-needs_root = pytest.mark.skipif(os.geteuid() != 0, reason="only root can change its ids")
 
 
 @needs_root

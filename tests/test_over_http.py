@@ -68,13 +68,3 @@ def test_clock_reading_names_the_exact_start_beyond_a_change_of_the_clocks(build
     with WebServer(program, Appliance(build), tmp_path) as server:
         printed = output_of(block(PAGE, "python"), server, *new_york, sys.executable)
     assert printed == block(PAGE, "text")
-
-
-def test_package_names_its_libraries(build, tmp_path):
-    if "SANITIZE:BOOL=ON" in (build.folder / "CMakeCache.txt").read_text():
-        pytest.skip("a build with sanitizers is not packaged")
-    subprocess.run(["cpack", "--config", build.folder / "CPackConfig.cmake", "-B", tmp_path],
-                   check=True, capture_output=True)
-    [package] = tmp_path.glob("schedule-recording_*.deb")
-    depends = subprocess.check_output(["dpkg-deb", "--field", package, "Depends"], text=True)
-    assert re.search("libc6.*libjsoncpp.*liburiparser", depends), depends

@@ -4,13 +4,12 @@ import os
 import time
 
 import pytest
-from conftest import ETC, Answer, case
+from conftest import ETC, Answer, case, needs_root
 from faults import failing
 from schedules import SHOW
 from test_create import create
 
 LOCK, JOURNAL = f"{ETC}/.schedules.lock", f"{ETC}/.schedules.journal"
-needs_root = pytest.mark.skipif(os.geteuid() != 0, reason="only root can give files away")
 
 
 def change(appliance, **options):

@@ -1,9 +1,5 @@
-/// @file What no request shows: the merge of foreign members, an error that the library leaves, and
-/// the privilege file as it is written.
-#include "frame/privilege.h"
+/// @file What no request shows: the merge of foreign members, and an error that the library leaves.
 #include "frame/schedule_recording_api.h"
-#include "platform/appliance_paths.h"
-#include "tests/files.h"
 
 #include <gtest/gtest.h>
 
@@ -33,28 +29,15 @@ TEST(Merge, LeavesForeignMembersAtTheirPosition)
 TEST(LibraryError, IsMappedOr100)
 {
     Api api;
-    Json::Value none, known, other;
-    known["errno"] = EEXIST;
-    other["errno"] = EPERM;
-    for (Json::Value* out : {&none, &known, &other}) {
-        api.ReportLibraryError(*out);
+    Json::Value out;
+    api.ReportLibraryError(out);
+    for (int const error : {EEXIST, EPERM}) {
+        out["errno"] = error;
+        api.ReportLibraryError(out);
     }
     EXPECT_EQ(api.m_errors[0], 100);
     EXPECT_EQ(api.m_errors[1], 401);
     EXPECT_EQ(api.m_errors[2], 100);
-}
-
-TEST(Privileges, AreWrittenWhenTheObjectGoes)
-{
-    PutFile(appliance::kPrivilegeFile, R"({"7":1,"1026":{"sharing":true}})");
-    {
-        PrivilegeFile file;
-        file.SetPrivilege(7, "dtv", true);
-        file.SetPrivilege(1026, "dtv", false);
-        EXPECT_TRUE(file.GetPrivilege(7, "dtv"));
-    }
-    EXPECT_EQ(ReadFile(appliance::kPrivilegeFile),
-              "{\"1026\":{\"dtv\":false,\"sharing\":true},\"7\":{\"dtv\":true}}\n");
 }
 
 } // namespace
