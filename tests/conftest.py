@@ -27,7 +27,6 @@ FILES = {
     "one_shot": f"{ETC}/dtvschedules/0dtv_schedule.json",
     "repeat": f"{ETC}/dtvrepeatschedules/0dtv_repeat_schedule.json",
     "one_shot_of_1": f"{ETC}/dtvschedules/1dtv_schedule.json",
-    "repeat_of_1": f"{ETC}/dtvrepeatschedules/1dtv_repeat_schedule.json",
     "user_defined": f"{ETC}/dtvuserdefineschedules.json",
     "folders": f"{ETC}/folder.conf",
     "users": f"{ETC}/users.conf",
