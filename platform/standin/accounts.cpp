@@ -19,11 +19,11 @@ namespace {
 /// Calls `use` with each entry of an account file, in order, until it returns true. Returns whether
 /// it did; false if the file is empty or unreadable. `read` is fgetpwent_r() or fgetgrent_r().
 ///
-/// Reads the file into memory, with a buffer that is large enough for any entry of it. The C
-/// library seeks in the stream for every entry. In a real file each seek is a system call, and if a
-/// seek fails, the library accesses memory out of bounds. If the buffer is too small for an entry,
-/// the entry must be read again from its start with a larger one, which takes minutes for a line of
-/// several megabytes.
+/// The file is read into memory because the C library seeks in the stream for every entry. In a
+/// real file each seek is a system call, and if a seek fails, the library accesses memory out of
+/// bounds. The buffer is large enough for any entry of the file, because otherwise an entry must be
+/// read again from its start with a larger one, which takes minutes for a line of several
+/// megabytes.
 template <class Entry, class Use>
 bool FindEntry(char const* path, int (*read)(FILE*, Entry*, char*, std::size_t, Entry**),
                Use const& use)
@@ -38,10 +38,11 @@ bool FindEntry(char const* path, int (*read)(FILE*, Entry*, char*, std::size_t, 
     // An entry needs its text and a pointer for each group member, which takes at least two
     // characters, name and comma. The margin is for alignment and the null pointer at the end.
     constexpr std::size_t kMargin = 64;
-    std::string buffer(text.size() * (1 + sizeof(char*) / 2) + kMargin, '\0');
+    std::size_t const size = text.size() * (1 + sizeof(char*) / 2) + kMargin;
+    auto const buffer = std::make_unique_for_overwrite<char[]>(size);
     Entry entry{};
     Entry* next = nullptr;
-    while (stream && read(stream.get(), &entry, buffer.data(), buffer.size(), &next) == 0) {
+    while (stream && read(stream.get(), &entry, buffer.get(), size, &next) == 0) {
         if (use(entry)) {
             return true;
         }
@@ -49,7 +50,7 @@ bool FindEntry(char const* path, int (*read)(FILE*, Entry*, char*, std::size_t, 
     return false;
 }
 
-/// The same for the entry of an account.
+/// Calls `use` with the entry of an account. Returns false if there is no such account.
 template <class Use>
 bool WithAccount(char const* name, Use const& use)
 {

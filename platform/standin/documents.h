@@ -18,8 +18,7 @@ enum class Load {
     kNotJson,
 };
 
-/// Loads a JSON file. `document` is null unless it was loaded. Reads the members `wanted`, as
-/// ParseJson() does.
+/// Loads a JSON file. `document` is null unless it was loaded. See ParseJson() for `wanted`.
 Load LoadDocument(std::string const& path, Json::Value& document,
                   std::span<Json::StaticString const> wanted = {});
 

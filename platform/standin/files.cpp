@@ -113,6 +113,10 @@ UniqueFd OpenRegularFile(char const* path)
 
 bool ReadText(int fd, std::string& text, std::size_t limit)
 {
+    struct stat info {};
+    if (::fstat(fd, &info) == 0 && S_ISREG(info.st_mode)) {
+        text.reserve(text.size() + static_cast<std::size_t>(info.st_size));
+    }
     char block[std::size_t{16} * 1024];
     while (limit > 0) {
         ssize_t const got = ::read(fd, block, std::min(limit, sizeof block));

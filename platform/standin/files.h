@@ -14,7 +14,7 @@ namespace standin {
 UniqueFd OpenRegularFile(char const* path);
 
 /// Reads from `fd` to its end, but at most `limit` bytes, and appends them to `text`. On failure
-/// returns false and sets errno.
+/// returns false and sets errno; `text` has what was read until then.
 bool ReadText(int fd, std::string& text, std::size_t limit = std::string::npos);
 
 /// Writes all of `text`. On failure returns false and sets errno.

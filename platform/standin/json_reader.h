@@ -13,8 +13,9 @@ namespace standin {
 /// a document recurses as deep as it is. Takes the text over and decodes strings in place. Bytes
 /// that are not UTF-8 are kept. An escape of a lone surrogate is read as U+FFFD, and a number
 /// beyond the range of a double as null. Of several members with the same name the last one wins.
-/// Of the elements of an array, reads only the members `wanted`, or all if there are no wanted
-/// ones.
+///
+/// If the document is an array, only the members `wanted` of its elements are read; all of them if
+/// `wanted` is empty.
 ///
 /// RapidJSON reads because jsoncpp's own reader accepts more than the RFC, and takes twice the
 /// time.

@@ -11,11 +11,8 @@
 #include <cerrno>
 #include <cstdint>
 #include <ctime>
-#include <iterator>
 #include <string>
-#include <string_view>
 #include <utility>
-#include <vector>
 
 namespace KALDTremolane {
 
@@ -51,7 +48,7 @@ void ToListEntry(Json::Value& record)
     record[member::kId] = id;
 }
 
-/// Tells whether a stored record is of the schedule that a key names.
+/// Whether a stored record belongs to the schedule that a key names.
 struct Names {
     ScheduleKey const& key;
 

@@ -71,7 +71,8 @@ public:
         auto const dayAt = [&wanted](std::int64_t time) {
             return std::chrono::floor<days>(sys_seconds(seconds(time + wanted.offset)));
         };
-        // Two days more at both ends: the offset there can differ by up to a day.
+        // Two days more at both ends: the offset there can differ by up to a day, and a clock
+        // reading that was skipped can move the start by another.
         sys_days const last = std::min(m_lastDay, dayAt(wanted.end) + days(2));
         for (sys_days day = std::max(m_firstDay, dayAt(wanted.begin - m_duration) - days(2));
              day <= last; day += days(1)) {
@@ -96,7 +97,7 @@ private:
         return sum.count();
     }
 
-    /// Returns the same in epoch seconds. Asks the local calendar, which takes long.
+    /// Returns that start in epoch seconds. Slow: it asks the local calendar.
     std::int64_t EpochOn(sys_days day) const
     {
         std::tm local = m_first;

@@ -13,7 +13,7 @@
 namespace standin {
 
 /// Loads a store. Returns 0 and an array, which is empty if there is no file or it holds null;
-/// otherwise EIO, with the reason logged. Reads the members `wanted`, as ParseJson() does.
+/// otherwise EIO, with the reason logged. See ParseJson() for `wanted`.
 int LoadRecords(std::string const& path, Json::Value& records,
                 std::span<Json::StaticString const> wanted = {});
 
@@ -22,7 +22,8 @@ int LoadRecords(std::string const& path, Json::Value& records,
 bool ChangeRecords(Json::Value& out, std::string const& path,
                    std::function<int(Json::Value& records)> const& change);
 
-/// The same for one schedule. The result is EINVAL if `id` and `start` are not its key.
+/// Changes a store like ChangeRecords(), and passes `change` the key that `id` and `start` form.
+/// The result is EINVAL if they form none.
 bool ChangeSchedule(Json::Value& out, std::string const& path, std::string const& id,
                     std::string const& start,
                     std::function<int(Json::Value& records, ScheduleKey const& key)> const& change);

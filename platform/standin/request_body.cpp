@@ -16,6 +16,7 @@ using appliance::Environment;
 
 constexpr std::size_t kMaxForm = std::size_t{1024} * 1024;
 constexpr std::size_t kMaxDiscarded = 8 * kMaxForm;
+constexpr std::size_t kPiece = kMaxForm / 16; ///< of what is discarded
 constexpr char kFormType[] = "application/x-www-form-urlencoded";
 
 /// Returns whether the body is a form. Compares the media type, without its parameters,
@@ -53,9 +54,13 @@ void DiscardRestOfBody()
 {
     bool const hasBody =
         !Environment("CONTENT_LENGTH").empty() || !Environment("HTTP_TRANSFER_ENCODING").empty();
-    for (std::size_t i = 0; hasBody && i < kMaxDiscarded / kMaxForm; ++i) {
-        std::string discarded;
-        ReadText(STDIN_FILENO, discarded, kMaxForm);
+    std::string text;
+    for (std::size_t left = hasBody ? kMaxDiscarded : 0; left > 0; left -= text.size()) {
+        text.clear();
+        ReadText(STDIN_FILENO, text, kPiece);
+        if (text.size() < kPiece) {
+            return;
+        }
     }
 }
 

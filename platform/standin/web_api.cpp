@@ -137,17 +137,24 @@ void WebAPI::RunProcess()
     }
 }
 
-bool WebAPI::RunAndAnswer()
+bool WebAPI::RunGuarded()
 {
     std::string const httpMethod = appliance::Environment("REQUEST_METHOD");
-    if (!m_request.Read()) {
-        SetError(kErrorBadRequest);
-    } else if (char const* const allowed = AllowedInsteadOf(httpMethod, m_request.m_methodName)) {
-        return standin::SendMethodNotAllowed(STDOUT_FILENO, allowed);
-    } else {
-        RunRequest();
+    bool const isHead = httpMethod == "HEAD";
+    try {
+        if (!m_request.Read()) {
+            SetError(kErrorBadRequest);
+        } else if (char const* const allowed =
+                       AllowedInsteadOf(httpMethod, m_request.m_methodName)) {
+            return standin::SendMethodNotAllowed(STDOUT_FILENO, allowed);
+        } else {
+            RunRequest();
+        }
+    } catch (std::exception const& error) {
+        ::syslog(LOG_ERR, "request failed: %s", error.what());
+        SetError(kErrorFailed);
     }
-    return standin::SendAnswer(STDOUT_FILENO, m_errors, m_response, httpMethod != "HEAD");
+    return standin::SendAnswer(STDOUT_FILENO, m_errors, m_response, !isHead);
 }
 
 void WebAPI::Run()
@@ -160,9 +167,9 @@ void WebAPI::Run()
     ::openlog(nullptr, LOG_PID | LOG_PERROR, LOG_USER); // the web server logs what a CGI says there
     bool isSent = false;
     try {
-        isSent = RunAndAnswer();
+        isSent = RunGuarded();
     } catch (std::exception const& error) { // out of memory, most likely
-        ::syslog(LOG_ERR, "request failed: %s", error.what());
+        ::syslog(LOG_ERR, "failed to render the answer: %s", error.what());
         isSent = standin::SendFailure(STDOUT_FILENO, kErrorFailed);
     }
     if (!isSent) {

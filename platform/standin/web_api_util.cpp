@@ -17,7 +17,9 @@ bool WebAPIUtil::ParseInt(char const* text, int* value)
         digits.remove_prefix(1);
     }
     auto const parsed = standin::ParseWholeNumber<int>(digits);
-    *value = parsed.value_or(*value);
+    if (parsed) {
+        *value = *parsed;
+    }
     return parsed.has_value();
 }
 

@@ -18,6 +18,6 @@ enum class RecordFile {
 /// loaded. The array can hold elements that are no records; see platform/records.h.
 RecordFile LoadRecordFile(Json::Value& records, std::string const& path);
 
-/// Loads a repeat file that must exist; `records` becomes an array or null. On false the failure is
-/// logged under `code`.
+/// Loads a repeat file; `records` becomes an array or null. On false the failure is logged under
+/// `code`. A missing file is a failure too.
 bool LoadRepeatFile(Json::Value& records, std::string const& path, SupportCode code);

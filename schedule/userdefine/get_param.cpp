@@ -9,6 +9,7 @@
 
 #include <strings.h>
 
+#include <optional>
 #include <span>
 
 namespace {
@@ -23,7 +24,7 @@ enum class Source {
     kOldRecord, ///< a delete: the record names what to delete
 };
 
-/// A stage of a request. A flag without a value may be raised or not.
+/// A stage of a request. A flag without a value does not matter.
 struct Stage {
     char const* method;
     std::optional<bool> restoreOld, innerCreate, deleteOld;

@@ -84,8 +84,9 @@ private:
     /// Calls Process(). A method that changes stored files runs in an exclusive transaction.
     void RunProcess();
 
-    /// Runs the request and answers it. Returns whether the answer was sent.
-    bool RunAndAnswer();
+    /// Runs the request and answers it. An exception that escapes from the request is recorded as
+    /// an error. Returns whether the answer was sent.
+    bool RunGuarded();
 };
 
 } // namespace KALD
