@@ -36,16 +36,6 @@ std::size_t EndOfHost(std::string_view text)
     return bracket != std::string_view::npos ? bracket + 1 : text.size();
 }
 
-HostAndPort RequestHostPort()
-{
-    return SplitHostPort(std::getenv("HTTP_HOST"));
-}
-
-void KeepFirstLabel(std::string& name)
-{
-    name.erase(std::min(name.find('.'), name.size()));
-}
-
 /// Returns a value of the appliance's settings, cut to `size` - 1 characters. Returns empty text if
 /// the key is missing.
 std::string ReadSetting(char const* key, std::size_t size)
@@ -80,9 +70,7 @@ bool IsRelayHost(std::string host)
     if (!GetRelayName(relayName) || host.find(kRelayDomain) == std::string::npos) {
         return false;
     }
-    KeepFirstLabel(relayName);
-    KeepFirstLabel(host);
-    return host == relayName;
+    return host.substr(0, host.find('.')) == relayName.substr(0, relayName.find('.'));
 }
 
 bool IsHttps()
@@ -92,7 +80,7 @@ bool IsHttps()
 
 std::string GetExternalPort()
 {
-    HostAndPort const request = RequestHostPort();
+    HostAndPort const request = SplitHostPort(std::getenv("HTTP_HOST"));
     if (IsRelayHost(request.host)) {
         return request.port;
     }
@@ -106,7 +94,7 @@ std::string GetExternalPort()
 
 std::string GetExternalHost()
 {
-    HostAndPort const request = RequestHostPort();
+    HostAndPort const request = SplitHostPort(std::getenv("HTTP_HOST"));
     if (IsRelayHost(request.host)) {
         return request.host;
     }

@@ -12,13 +12,6 @@ namespace {
 
 using appliance::Environment;
 
-/// Removes the line break at the end of a name from the relay tool. RFC 3986 does not allow one in
-/// a URL.
-void TrimLineEnd(std::string& host)
-{
-    host.erase(host.find_last_not_of("\r\n") + 1);
-}
-
 } // namespace
 
 std::string GetBasePath()
@@ -41,7 +34,7 @@ std::string GetExternalUrl()
 {
     std::string host = GetExternalHost();
     if (IsRelayHost(host)) {
-        TrimLineEnd(host);
+        host.erase(host.find_last_not_of("\r\n") + 1); // RFC 3986 allows no line break in a URL
         return "https://" + host + "/direct" + GetBasePath();
     }
     std::string const port = GetExternalPort();

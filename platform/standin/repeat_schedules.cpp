@@ -23,12 +23,6 @@ using standin::ScheduleKey;
 constexpr int kDaysOfWeek = 7;
 constexpr int kDaysOfYear = 366;
 
-bool Matches(Json::Value const& record, ScheduleKey const& key)
-{
-    return record.isObject() && IntOf(record, member::kStartTime) == key.start &&
-           IntOf(record, member::kId) == key.service;
-}
-
 std::string DateText(int start)
 {
     char text[64];
@@ -48,7 +42,8 @@ void SetRecurrence(Json::Value& record, bool isWeekly, char const* weekdayStatus
 Json::Value* Find(Json::Value& records, ScheduleKey const& key)
 {
     for (Json::Value& record : records) {
-        if (Matches(record, key)) {
+        if (IntOf(record, member::kStartTime) == key.start &&
+            IntOf(record, member::kId) == key.service) {
             return &record;
         }
     }

@@ -49,14 +49,17 @@ public:
         m_saves = standin::SavesOfThisProcess();
     }
 
-    /// Returns the position of the first record with that start and tuner, or -1.
-    int Find(int start, int tuner) const
+    /// Finds the first record with that start and tuner. Returns its position and a copy in `out`,
+    /// or -1.
+    int Find(Json::Value& out, int start, int tuner) const
     {
         auto const found = m_positions.find({start, tuner});
-        return found != m_positions.end() ? found->second : -1;
+        if (found == m_positions.end()) {
+            return -1;
+        }
+        out = m_records[found->second];
+        return found->second;
     }
-
-    Json::Value const& At(int position) const { return m_records[position]; }
 
 private:
     bool IsSame(struct stat const& info) const
@@ -94,9 +97,5 @@ int KALDTremolane::ReadUserDefineFromFile(Json::Value& out, int start, int tuner
 {
     static UserDefineIndex& index = *new UserDefineIndex; // never destroyed: the process ends first
     index.Refresh();
-    int const position = index.Find(start, tuner);
-    if (position >= 0) {
-        out = index.At(position);
-    }
-    return position;
+    return index.Find(out, start, tuner);
 }

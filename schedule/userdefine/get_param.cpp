@@ -78,11 +78,6 @@ FieldMapping const kRestore[] = {
     {"end_date", member::kEndDate, AsText},
 };
 
-/// In the inner create of a restore this comes before the table above: the store takes the epoch.
-FieldMapping const kRestoreInner[] = {
-    {"start_time", member::kStartTime, AsDecimal},
-};
-
 FieldMapping const kOldRecord[] = {
     {"id", member::kStartTime, AsDecimal},
     {"channel_id", member::kChannelId, AsText},
@@ -99,12 +94,6 @@ FieldMapping const* Find(std::span<FieldMapping const> mappings, char const* key
     return nullptr;
 }
 
-FieldMapping const* FindRestore(char const* key, bool isInner)
-{
-    FieldMapping const* const inner = isInner ? Find(kRestoreInner, key) : nullptr;
-    return inner != nullptr ? inner : Find(kRestore, key);
-}
-
 } // namespace
 
 std::string ScheduleRecordingAPI::GetParam(char const* key, char const* fallback)
@@ -117,15 +106,21 @@ std::string ScheduleRecordingAPI::GetParam(char const* key, char const* fallback
             break;
         }
     }
-    FieldMapping const* mapping = nullptr;
-    if (source == Source::kRestore) {
-        mapping = FindRestore(key, m_innerCreate);
-    } else if (source == Source::kOldRecord) {
-        mapping = Find(kOldRecord, key);
-    } else if (source == Source::kNewStart && ::strcasecmp(key, "start_time") == 0) {
+    bool const isStart = ::strcasecmp(key, "start_time") == 0;
+    if (source == Source::kNewStart && isStart) {
         return std::to_string(
             DateTimeToEpoch(m_request.In("start_date", ""), m_request.In("start_time", "")));
     }
+    if (source == Source::kRestore && isStart && m_innerCreate) { // the store takes the epoch
+        return AsDecimal(MemberOf(m_userDefineRecord, member::kStartTime));
+    }
+    std::span<FieldMapping const> mappings;
+    if (source == Source::kRestore) {
+        mappings = kRestore;
+    } else if (source == Source::kOldRecord) {
+        mappings = kOldRecord;
+    }
+    FieldMapping const* const mapping = Find(mappings, key);
     return mapping != nullptr ? mapping->render(MemberOf(m_userDefineRecord, mapping->field))
                               : m_request.In(key, fallback);
 }
