@@ -162,14 +162,15 @@ class Appliance:
         """Asserts what the last request left in the files that it may change.
 
         A file is given as in store(), and `commands` as the list of the lines that were added.
-        All other files must be as they were, byte for byte.
+        All other files must be as they were, byte for byte. In a failure `-` stands for nothing.
         """
         __tracebackhide__ = True
         before, after, self._before = self._before, self.snapshot(), None
-        found = leaves({name: self._change(name, before, after, expected) for name in before | after
-                        if before.get(name) != after.get(name)})
+        found = leaves({name: self._change(name, before, after, expected)
+                        for name in before | after | expected
+                        if before.get(name) != after.get(name) or name in expected})
         wanted = leaves({name: in_forms(name, value) for name, value in expected.items()})
-        differing = {path: f"{found.get(path)} instead of {wanted.get(path)}"
+        differing = {path: f"{found.get(path, '-')} instead of {wanted.get(path, '-')}"
                      for path in found | wanted if found.get(path) != wanted.get(path)}
         assert differing == {}
 

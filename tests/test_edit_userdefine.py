@@ -87,6 +87,7 @@ def test_edit_userdefine_puts_old_schedule_back(stored, old, time, files, new, c
 
 
 def test_edit_userdefine_to_channel_and_start_stored_already(stored):
+    """No schedule of the old start takes part in the overlap test, so only the create refuses."""
     beside = SHOW.but(channel=OTHER.channel, title="Beside")
     assert edit(stored.store(one_shot=[SHOW, beside]), SHOW, beside) == Answer(401)
     stored.expect_changes(one_shot=[beside, SHOW], user_defined=[WEEKLY, SHOW],

@@ -131,13 +131,15 @@ IN, BACK = (f"network_utils:7 ERROR: {name}" for name in ("IF_RUN_AS(0, 0)", "~I
 
 @needs_root
 @pytest.mark.parametrize("fails, answer, log, calls", [
-    (("setresuid", 99), "yes", [], "u0 g0 u0 u5 u0 g8 u9"),
-    (("setresuid", 2), "no", [IN], "u0"), (("setresgid", 2), "no", [IN], "u0 g0 u9"),
-    (("setresuid", 3), "no", [IN], "u0 g0 u0 g8 u9"),
-    (("setresuid", 5), "yes", [BACK], "u0 g0 u0 u5 u0"),
-    (("setresgid", 3), "yes", [BACK], "u0 g0 u0 u5 u0 g8"),
-    (("setresuid", 6), "yes", [BACK], "u0 g0 u0 u5 u0 g8 u9")], ids=str)
+    case("nothing fails", ("setresuid", 99), "yes", [], "u0 g0 u0 u5 u0 g8 u9"),
+    case("to user 0", ("setresuid", 2), "no", [IN], "u0"),
+    case("to group 0", ("setresgid", 2), "no", [IN], "u0 g0 u9"),
+    case("to user 0 again", ("setresuid", 3), "no", [IN], "u0 g0 u0 g8 u9"),
+    case("back to user 0", ("setresuid", 5), "yes", [BACK], "u0 g0 u0 u5 u0"),
+    case("back to the group", ("setresgid", 3), "yes", [BACK], "u0 g0 u0 u5 u0 g8"),
+    case("back to the user", ("setresuid", 6), "yes", [BACK], "u0 g0 u0 u5 u0 g8 u9")])
 def test_guard(other, tmp_path, fails, answer, log, calls):
+    """Its changes of ids: u5 is to uid 5, which the guarded block does, g8 to gid 8."""
     assert ask_as_uid_9(other, tmp_path / "trace", "guard", fails=fails) == ([answer], log, calls)
 
 
