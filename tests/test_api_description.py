@@ -33,10 +33,6 @@ def default(method, name):
     return {"": "empty", None: "none", True: "`true`"}.get(value, str(value))
 
 
-def form(parameter):
-    return form_of(parameter) + (" list" if parameter.get("type") == "array" else "")
-
-
 def code_rows(method):
     return [[str(code), branch["description"], branch.get("x-remedy", "")]
             for code, branch in codes(method).items()]
@@ -47,7 +43,8 @@ def test_the_page_and_the_examples_of_the_description_agree_with_it(method):
     section = SECTIONS[f"`{method}`"]
     assert [f"`{method}`", schema_of(f"{method}_request")["description"]] in rows_of(PAGE, "Method")
     assert rows_of(section, "Parameter") == [
-        [f"`{name}`", form(parameter), default(method, name), parameter.get("description", "")]
+        [f"`{name}`", form_of(parameter) + " list" * ("items" in parameter),
+         default(method, name), parameter.get("description", "")]
         for name, parameter in parameters_of(method).items()]
     assert rows_of(section, "Code") == code_rows(method)
     check(f"{method}_request", REQUESTS[method]["value"])

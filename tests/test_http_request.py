@@ -32,7 +32,6 @@ def test_request_in_query_string(appliance, query, answer):
         "CONTENT_TYPE": "Application/X-WWW-Form-URLencoded; charset=x"}, LIST),
     case("less than it says", "12", "method=list", {}, BAD),
     case("length with a letter", "11x", "method=list", {}, BAD),
-    case("length beyond 64 bits", "9" * 20, "method=list", {}, BAD),
     case("a mebibyte", str(MIB), "method=list".ljust(MIB, "&"), {}, LIST),
     case("more than a mebibyte", str(MIB + 1), "method=list".ljust(MIB + 1, "&"), {}, BAD),
     case("chunked", "", "method=list", CHUNKED, LIST),

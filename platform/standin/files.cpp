@@ -15,7 +15,7 @@ namespace {
 constexpr mode_t kTemporaryMode = 0600; ///< until CopyOwnerAndMode() sets the final mode
 constexpr mode_t kPermissionBits = 0777;
 
-int saveCount = 0;
+int generation = 1;
 bool hasDeviceFailed = false;
 
 std::string FolderOf(std::string const& path)
@@ -168,9 +168,14 @@ void NoteFailure()
     }
 }
 
-int SavesOfThisProcess()
+int FileGeneration()
 {
-    return saveCount;
+    return generation;
+}
+
+void StartFileGeneration()
+{
+    ++generation;
 }
 
 bool GiveToOwnerOfFolder(int fd, std::string const& path)
@@ -193,7 +198,7 @@ void RemoveTemporaryOf(std::string const& path)
 
 bool WriteWholeFile(std::string const& path, std::string_view text, unsigned newMode)
 {
-    ++saveCount;
+    StartFileGeneration();
     std::string const temporary = TemporaryOf(path);
     UniqueFd const fd = OpenTemporary(temporary);
     if (!fd || !WriteAll(fd.Get(), text) || !CopyOwnerAndMode(fd.Get(), path, newMode) ||

@@ -30,8 +30,10 @@ void ForgetDeviceFailure();
 /// failed.
 void NoteFailure();
 
-/// Returns how many times this process has called WriteWholeFile().
-int SavesOfThisProcess();
+/// Returns a number above 0 that changes when what was read of a file may no longer be true: with
+/// each call of WriteWholeFile() and of StartFileGeneration().
+int FileGeneration();
+void StartFileGeneration();
 
 /// Replaces the content of `path` by `text`, atomically and durably: whatever happens, the complete
 /// old file or the complete new file is there. Keeps the old file's mode and, as root, its owner

@@ -7,46 +7,28 @@
 #include "platform/standin/record_store.h"
 #include "tremolane/recording_service.h"
 
-#include <sys/stat.h>
-
 #include <map>
-#include <string>
 #include <utility>
 
 namespace {
 
 using namespace appliance;
-using standin::UniqueFd;
 
-/// An index of the user-defined file, which is parsed again when the file on disk changes.
-///
-/// The file stays open. A file that was written, replaced, renamed or removed shows in fstat() by
-/// its size, change time or link count. Resolving the path for every schedule of a page would cost
-/// more than the look-ups themselves. If this process replaces a symbolic link by a file, the open
-/// file does not change; therefore every save by this process also counts as a change.
+/// An index of the user-defined file. A request that only reads sees one version of the file, even
+/// if another process replaces it meanwhile: to look at the file again for every schedule of a page
+/// would cost more than the look-ups themselves. A request that changes files has the lock.
 class UserDefineIndex {
 public:
-    /// Parses the file again if it may have changed on disk.
+    /// Reads the file again if a request has begun, or has saved a file, since the last time.
     void Refresh()
     {
-        struct stat info {};
-        if (m_file && m_saves == standin::SavesOfThisProcess() &&
-            ::fstat(m_file.Get(), &info) == 0 && IsSame(info)) {
+        if (m_generation == standin::FileGeneration()) {
             return;
         }
-        *this = UserDefineIndex();
-        UniqueFd fd = standin::OpenRegularFile(kUserDefineFile);
-        std::string text;
-        if (!fd || ::fstat(fd.Get(), &info) != 0 || !standin::ReadText(fd.Get(), text)) {
-            standin::NoteFailure();
-            return;
-        }
-        if (standin::ParseJson(std::move(text), m_records)) {
-            BuildIndex();
-        }
-        m_file = std::move(fd);
-        m_info = info;
-        m_saves = standin::SavesOfThisProcess();
+        m_generation = standin::FileGeneration();
+        m_positions.clear();
+        standin::LoadDocument(kUserDefineFile, m_records);
+        BuildIndex();
     }
 
     /// Finds the first record with that start and tuner. Returns its position and a copy in `out`,
@@ -62,13 +44,6 @@ public:
     }
 
 private:
-    bool IsSame(struct stat const& info) const
-    {
-        return info.st_nlink > 0 && info.st_size == m_info.st_size &&
-               info.st_ctim.tv_sec == m_info.st_ctim.tv_sec &&
-               info.st_ctim.tv_nsec == m_info.st_ctim.tv_nsec;
-    }
-
     void BuildIndex()
     {
         if (!m_records.isArray()) {
@@ -84,9 +59,7 @@ private:
         }
     }
 
-    UniqueFd m_file;
-    struct stat m_info {};
-    int m_saves = 0;
+    int m_generation = 0;
     Json::Value m_records;
     std::map<std::pair<int, int>, int> m_positions; ///< by start and tuner
 };

@@ -4,6 +4,7 @@
 #include "platform/environment.h"
 #include "platform/standin/accounts.h"
 #include "platform/standin/answer.h"
+#include "platform/standin/files.h"
 #include "platform/standin/request_body.h"
 #include "platform/standin/same_origin.h"
 #include "platform/standin/transaction.h"
@@ -160,6 +161,7 @@ bool WebAPI::RunGuarded()
 void WebAPI::Run()
 {
     OpenStandardDescriptors();
+    standin::StartFileGeneration();
     // Who reads the answer or the log may be gone, and a disk quota may end a save: all of them are
     // failed calls here and no reason to die in the middle of a change.
     std::signal(SIGPIPE, SIG_IGN);
