@@ -70,7 +70,8 @@ bool IsRelayHost(std::string host)
     if (!GetRelayName(relayName) || host.find(kRelayDomain) == std::string::npos) {
         return false;
     }
-    return host.substr(0, host.find('.')) == relayName.substr(0, relayName.find('.'));
+    host.erase(std::min(host.find('.'), host.size()));
+    return host == relayName.substr(0, relayName.find('.'));
 }
 
 bool IsHttps()

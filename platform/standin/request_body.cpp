@@ -34,12 +34,12 @@ std::optional<std::string> ReadForm()
     std::string const announced = Environment("CONTENT_LENGTH");
     std::string body;
     if (!announced.empty()) {
-        auto const length = ParseWholeNumber<std::size_t>(announced);
-        if (!length || *length > kMaxForm) {
+        auto const length = ParseWholeNumber<std::size_t>(announced).value_or(kMaxForm + 1);
+        if (length > kMaxForm) {
             return std::nullopt;
         }
-        ReadText(STDIN_FILENO, body, *length);
-        if (body.size() < *length) {
+        ReadText(STDIN_FILENO, body, length);
+        if (body.size() < length) {
             return std::nullopt;
         }
     } else if (!Environment("HTTP_TRANSFER_ENCODING").empty()) {
