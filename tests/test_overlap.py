@@ -47,6 +47,7 @@ def code_of_edit(appliance, files, new, now="2025-03-25 12:00"):
     case("first day", rule(), 0, "00:01", 405), case("next", rule(), WEEK, "00:01", 405),
     case("an hour late", rule(), WEEK + HOUR, "00:01", None),
     case("a week before", rule(), -7 * DAY, "00:01", None),
+    case("another weekday", rule(), DAY, "00:01", None),
     case("days long", rule(), 4 * DAY, "80:00", 405),
     case("end date", rule(end_date="2025-04-01"), WEEK, "00:01", 405),
     case("day after it", rule(end_date="2025-03-31"), WEEK, "00:01", None),

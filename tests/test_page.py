@@ -148,9 +148,9 @@ FAR = next(day for number in range(40, 365) if (day := TODAY + number * DAY).rep
 
 
 @pytest.mark.parametrize("kind, title, is_repeat, day", [
-    case("one-shot", {"kind": "oneshot"}, "", False, SOON),
+    case("one-shot", {"kind": "oneshot"}, "", False, SOON, marks=pytest.mark.slow),
     case("repeat", {"kind": "repeat"}, "", True, FAR),
-    case("user-defined", {"kind": "userdefine"}, MARKUP, False, FAR),
+    case("user-defined", {"kind": "userdefine"}, MARKUP, False, FAR, marks=pytest.mark.slow),
     case("user-defined repeat", {"kind": "userdefine", "repeats": True}, MARKUP, True, SOON)])
 def test_page_creates_changes_and_deletes(page, kind, title, is_repeat, day):
     page.open()
