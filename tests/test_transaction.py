@@ -5,7 +5,7 @@ import time
 
 import pytest
 from conftest import ETC, Answer, case, needs_root
-from faults import failing
+from faults import failing, not_saved
 from schedules import SHOW
 from test_create import create
 
@@ -73,6 +73,12 @@ def test_change_without_room_is_rolled_back(appliance):
     assert answer == Answer(100, log=["a device failed or is full: the request is rolled back",
                                       "rolled back an unfinished request"])
     appliance.expect_changes(commands=[f"stop 0 {SHOW.start} 474 7", "reload", "reload"])
+
+
+@pytest.mark.parametrize("name", ["user_defined", "etc/group"])
+def test_change_of_one_file_is_refused_after_a_device_has_failed(appliance, name):
+    answer = create(appliance, user="viewer", under=failing("openat", appliance.path(name)))
+    assert answer == Answer(403, log=not_saved(appliance, "one_shot", "Input/output error"))
 
 
 def test_save_keeps_mode_and_owner(appliance):

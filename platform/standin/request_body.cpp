@@ -8,6 +8,9 @@
 #include <strings.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <limits>
+
 namespace standin {
 
 namespace {
@@ -27,40 +30,48 @@ bool IsForm(std::string const& contentType)
     return ::strcasecmp(type.c_str(), kFormType) == 0;
 }
 
+constexpr std::size_t kUnknownLength = std::numeric_limits<std::size_t>::max();
+
+/// Returns the length of the body: kUnknownLength if it is chunked, none if what the web server
+/// says is no length.
+std::optional<std::size_t> BodyLength()
+{
+    std::string const announced = Environment("CONTENT_LENGTH");
+    if (!announced.empty()) {
+        return ParseWholeNumber<std::size_t>(announced);
+    }
+    return Environment("HTTP_TRANSFER_ENCODING").empty() ? 0 : kUnknownLength;
+}
+
+std::size_t readLength = 0; ///< of the body, by ReadForm()
+
 } // namespace
 
 std::optional<std::string> ReadForm()
 {
-    std::string const announced = Environment("CONTENT_LENGTH");
-    std::string body;
-    if (!announced.empty()) {
-        auto const length = ParseWholeNumber<std::size_t>(announced).value_or(kMaxForm + 1);
-        if (length > kMaxForm) {
-            return std::nullopt;
-        }
-        ReadText(STDIN_FILENO, body, length);
-        if (body.size() < length) {
-            return std::nullopt;
-        }
-    } else if (!Environment("HTTP_TRANSFER_ENCODING").empty()) {
-        ReadText(STDIN_FILENO, body, kMaxForm + 1);
+    std::optional<std::size_t> const length = BodyLength();
+    bool const isChunked = length == kUnknownLength;
+    if (!length || (*length > kMaxForm && !isChunked)) {
+        return std::nullopt;
     }
-    bool const isAccepted =
-        body.size() <= kMaxForm && (body.empty() || IsForm(Environment("CONTENT_TYPE")));
+    std::string body;
+    ReadText(STDIN_FILENO, body, isChunked ? kMaxForm + 1 : *length);
+    readLength = body.size();
+    bool const isComplete = isChunked ? readLength <= kMaxForm : readLength == *length;
+    bool const isAccepted = isComplete && (body.empty() || IsForm(Environment("CONTENT_TYPE")));
     return isAccepted ? std::optional(body) : std::nullopt;
 }
 
 void DiscardRestOfBody()
 {
-    bool const hasBody =
-        !Environment("CONTENT_LENGTH").empty() || !Environment("HTTP_TRANSFER_ENCODING").empty();
-    std::string text;
-    for (std::size_t left = hasBody ? kMaxDiscarded : 0; left > 0; left -= text.size()) {
+    // To read on after the end of a body could mean to wait for ever (RFC 3875, 4.2).
+    std::size_t const length = BodyLength().value_or(0);
+    std::size_t left = std::min(length - std::min(length, readLength), kMaxDiscarded);
+    std::string text = "-";
+    while (left > 0 && !text.empty()) {
         text.clear();
-        ReadText(STDIN_FILENO, text, kPiece);
-        if (text.size() < kPiece) {
-            return;
-        }
+        ReadText(STDIN_FILENO, text, std::min(left, kPiece));
+        left -= text.size();
     }
 }
 

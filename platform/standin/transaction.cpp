@@ -207,7 +207,7 @@ bool Transaction::Begin()
 
 bool Transaction::Commit()
 {
-    if (HasDeviceFailed()) {
+    if (HasDeviceFailed() && !m_savesOnce) {
         ::syslog(LOG_ERR, "a device failed or is full: the request is rolled back");
         RollBack();
         return false;
@@ -239,9 +239,12 @@ bool Transaction::RollBack()
 
 bool Transaction::KeepOldVersion(std::string const& path)
 {
-    if (current == nullptr || current->m_savesOnce || !path.starts_with(kFolder) ||
-        current->m_kept.contains(path)) {
+    if (current == nullptr || !path.starts_with(kFolder) || current->m_kept.contains(path)) {
         return true;
+    }
+    if (current->m_savesOnce) {
+        errno = EIO;
+        return !HasDeviceFailed(); // the request may have missed something; it could not be undone
     }
     return current->AppendToJournal(path);
 }

@@ -20,7 +20,8 @@ namespace standin {
 class Transaction {
 public:
     /// `savesOnce`: the request replaces one file at most, once. That is all or nothing by itself,
-    /// so it needs no journal, which costs three waits for the disk.
+    /// so it needs no journal, which costs three waits for the disk. If a device has failed before,
+    /// the file is not replaced.
     explicit Transaction(bool savesOnce) : m_savesOnce(savesOnce) {}
     ~Transaction();
     Transaction(Transaction const&) = delete;
@@ -40,8 +41,8 @@ public:
     bool RollBack();
 
     /// Keeps the version of a file that is about to be replaced in the journal of the transaction
-    /// in progress, if there is one and does not have it yet. False if it cannot be kept: the file
-    /// must then not be replaced.
+    /// in progress, if there is one and does not have it yet. On false, which sets errno, the file
+    /// must not be replaced.
     static bool KeepOldVersion(std::string const& path);
 
 private:

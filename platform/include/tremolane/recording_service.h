@@ -44,6 +44,7 @@ bool TaskIsOverLap(int start, int duration, Json::Value& oneShot, Json::Value& r
 
 /// Finds the record with that start (epoch seconds) and tuner in the user-defined file. Returns its
 /// index and a copy in `out`. Returns a negative value and leaves `out` untouched if there is none.
+/// The file is read once for each request, and again after the request has saved a file.
 int ReadUserDefineFromFile(Json::Value& out, int start, int tuner);
 
 /// Splits a channel id. Returns 0 and sets both ints; the frequency of the plain form is 0. Returns
