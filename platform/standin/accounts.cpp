@@ -76,11 +76,12 @@ bool IsLocked(std::string const& name)
 bool IsMember(std::string const& name, char const* group)
 {
     return FindEntry(appliance::kGroupFile, ::fgetgrent_r, [&](::group const& entry) {
-        char** member = entry.gr_mem;
-        while (*member != nullptr && name != *member) {
-            ++member;
+        bool isMember = false;
+        bool const isGroup = std::strcmp(entry.gr_name, group) == 0;
+        for (char** member = entry.gr_mem; isGroup && *member != nullptr; ++member) {
+            isMember = isMember || name == *member;
         }
-        return std::strcmp(entry.gr_name, group) == 0 && *member != nullptr;
+        return isMember;
     });
 }
 

@@ -30,9 +30,11 @@ void ForgetDeviceFailure();
 /// failed.
 void NoteFailure();
 
-/// Returns a number above 0 that changes when what was read of a file may no longer be true: with
-/// each call of WriteWholeFile() and of StartFileGeneration().
+/// Returns a number above 0. When it has changed, what was read of a file before may be out of
+/// date.
 int FileGeneration();
+
+/// Changes that number: a request begins, or WriteWholeFile() was called.
 void StartFileGeneration();
 
 /// Replaces the content of `path` by `text`, atomically and durably: whatever happens, the complete

@@ -33,7 +33,8 @@ public:
 
     /// Makes the changes final. False, and logged, if they are not: because a device failed or is
     /// full, in which case they are rolled back, or because the journal could not be deleted
-    /// durably, in which case the next request may roll them back.
+    /// durably, in which case the next request may roll them back. Without a journal they are final
+    /// already.
     bool Commit();
 
     /// Restores the files' old versions, logs it and tells the tuner daemon to reload. Does nothing
