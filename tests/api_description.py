@@ -8,46 +8,51 @@ import yaml
 
 FILE = "docs/openapi.yaml"
 DOCUMENT = yaml.safe_load((Path(__file__).parent.parent / FILE).read_text(encoding="utf-8"))
-METHODS = list(DOCUMENT["components"]["schemas"]["request"]["discriminator"]["mapping"])
+SCHEMAS = DOCUMENT["components"]["schemas"]
 RESOLVER = jsonschema.RefResolver.from_schema(DOCUMENT)
+REQUESTS = {}  # of each method, the schemas of which a request must be as exactly one
+for branch in SCHEMAS["request"]["oneOf"]:
+    request = RESOLVER.resolve(branch["$ref"])[1]
+    REQUESTS.setdefault(request["properties"]["method"]["const"], []).append(request)
+METHODS = list(REQUESTS)
 seen = set()  # each method with a code that it answered, None for a success, or a parameter
 
 
-def schema_of(name):
-    return DOCUMENT["components"]["schemas"][name]
-
-
 def form_of(parameter):
-    """The name of the schema of a parameter, or of each element of a list."""
-    return parameter.get("items", parameter)["$ref"].split("/")[-1]
+    """The name of the schema of a parameter."""
+    return parameter.get("$ref", "flag").split("/")[-1]
 
 
 def codes(method):
     """The error codes that a method sets itself, each with its schema; `common`: any method."""
-    return {branch["const"]: branch for branch in schema_of(f"{method}_code")["anyOf"]
+    return {branch["const"]: branch for branch in SCHEMAS[f"{method}_code"]["anyOf"]
             if "const" in branch}
 
 
 def parameters_of(method):
-    properties = schema_of(f"{method}_request")["properties"]
-    return {name: schema for name, schema in properties.items() if name != "method"}
+    return {name: schema for request in REQUESTS[method]
+            for name, schema in request["properties"].items() if name != "method"}
 
 
-def check(name, value):
-    """Fails unless the value is as the schema of that name, and says why it is not."""
-    schema = schema_of(name)
-    if name.endswith("_answer"):  # the first branch is that of a success
-        schema = schema["oneOf"]["error" in value]
+def check(what, schema, value):
+    """Fails unless the value is as in the schema, and says why it is not."""
     errors = jsonschema.Draft202012Validator(schema, resolver=RESOLVER).iter_errors(value)
     error = jsonschema.exceptions.best_match(errors)
-    assert error is None, f"{name} is not as in {FILE}: {error.json_path}: {error.message}"
+    assert error is None, f"{what} is not as in {FILE}: {error.json_path}: {error.message}"
+
+
+def check_request(method, values):
+    check(f"the request of {method}", {"oneOf": REQUESTS[method]}, values | {"method": method})
+
+
+def check_answer(method, value):
+    schema = SCHEMAS[f"{method}_answer"]["oneOf"]["error" in value]  # the first is a success
+    check(f"the answer of {method}", schema, value)
 
 
 def read_as(parameter, text):
     """The value that the text of a parameter stands for; a text that stands for none stays."""
-    if parameter.get("type") == "array":
-        return [read_as(parameter["items"], piece) for piece in text.split(",")]
-    kind = schema_of(form_of(parameter))["type"]
+    kind = SCHEMAS[form_of(parameter)]["type"]
     if kind == "integer" and re.fullmatch("[+-]?[0-9]+", text):
         return int(text)
     if kind == "boolean" and text.lower() in ("true", "false"):
@@ -61,14 +66,13 @@ def observe(texts, answer, is_sloppy=False):
     if method not in METHODS:
         assert answer == {"success": True} or code in codes("common"), f"{method!r}: {answer}"
         return
-    check(f"{method}_answer", answer)
+    check_answer(method, answer)
     seen.update([("any method", code), *((method, what) for what in (code, *texts))])
     is_refused = code in (101, 105, 106, 107)  # for its parameters or its login
     if not is_sloppy and not is_refused:
         forms = parameters_of(method)
-        values = {name: read_as(forms[name], text) if name in forms else text
-                  for name, text in texts.items()}
-        check(f"{method}_request", values | {"method": method})
+        check_request(method, {name: read_as(forms[name], text) if name in forms else text
+                               for name, text in texts.items()})
 
 
 def unseen():
