@@ -10,12 +10,6 @@ def failing(calls, *paths, at="1+", fault="error=EIO"):
             "-e", f"inject={calls}:{fault}:when={at}"]
 
 
-def not_loaded(appliance, name, stored):
-    """The log of a store that holds a broken text, or a document that is no array."""
-    reason = "it holds no array" if stored.endswith(("}", "7")) else "it is not JSON"
-    return [f"cannot load {appliance.path(name)}: {reason}"]
-
-
 def not_saved(appliance, name, reason="Operation not permitted"):
     """The log of a store under unsaved()."""
     return [f"cannot save {appliance.path(name)}: {reason}"]

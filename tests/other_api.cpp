@@ -1,10 +1,12 @@
 /// @file Another API class of the package, as a CGI program: it answers what it is asked about its
-/// base class and about network/. The parameter `ask` names the questions, with commas between.
+/// base class, network/ and text_list/. The parameter `ask` names the questions, with commas
+/// between.
 #include "frame/privilege.h"
 #include "frame/video_web_api.h"
 #include "kald/web_api_util.h"
 #include "network/host_port.h"
 #include "network/run_as_guard.h"
+#include "text_list/text_list.h"
 
 #include <syslog.h>
 #include <unistd.h>
@@ -45,6 +47,12 @@ struct OtherApi : Tremolane::VideoWebAPI {
              }},
             {"not found", [](OtherApi& api) { return api.SendNotFoundPage(), Text(true); }},
             {"number", [](OtherApi& api) { return api.GetIntParamText("n"); }},
+            {"parts",
+             [](OtherApi& api) {
+                 auto const parts = kalddbquery::SplitString(api.m_request.In("text", ""),
+                                                             *api.m_request.In("separator", ""));
+                 return kalddbquery::JoinString(parts, " | ");
+             }},
             {"request", [](OtherApi&) { return GetBasePath() + ' ' + GetRequestUrl(); }},
             {"external", [](OtherApi&) { return GetExternalUrl(); }},
             {"host", [](OtherApi&) { return GetExternalHost(); }},

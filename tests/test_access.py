@@ -30,17 +30,19 @@ def test_access_without_account_is_that_of_uid_0(appliance):
     assert appliance.request("list", "nobody") == Answer(100, EMPTY)
 
 
-@pytest.mark.parametrize("users, code", [
-    case("broken", "{", 105), case("broken behind the entry", '{"1026":{"dtv":true},', None),
-    case("too deep", '{"1026":{"dtv":true},"x":' + "[" * 100000, 105)])
-def test_access_with_privileges_that_do_not_parse(appliance, users, code):
-    log = [f"privilege:70 failed to parse json file[{appliance.path('users')}]"]
-    assert appliance.store(users=users).request("x", "viewer") == Answer(code, log=log)
+NO_JSON = "70 failed to parse json file[{}]"
+NO_FILE = "61 failed to access config file [{}] "
 
 
-@pytest.mark.parametrize("make, reason", [
-    case("folder", os.mkdir, "Is a directory"), case("FIFO", os.mkfifo, "Invalid argument")])
-def test_access_with_privileges_that_are_no_file(appliance, make, reason):
-    make(appliance.store(users=None).path("users"))
-    log = f"privilege:61 failed to access config file [{appliance.path('users')}] {reason}"
-    assert appliance.request("list", "viewer") == Answer(105, log=[log])
+@pytest.mark.parametrize("spoil, code, log", [
+    case("broken", lambda path: path.write_text("{"), 105, NO_JSON),
+    case("broken behind the entry", lambda path: path.write_text('{"1026":{"dtv":true},'), None,
+         NO_JSON),
+    case("too deep", lambda path: path.write_text('{"1026":{"dtv":true},"x":' + "[" * 100000), 105,
+         NO_JSON),
+    case("folder", os.mkdir, 105, NO_FILE + "Is a directory"),
+    case("FIFO", os.mkfifo, 105, NO_FILE + "Invalid argument")])
+def test_access_with_privileges_that_cannot_be_read(appliance, spoil, code, log):
+    path = appliance.store(users=None).path("users")
+    spoil(path)
+    assert appliance.request("x", "viewer") == Answer(code, log=["privilege:" + log.format(path)])

@@ -1,7 +1,6 @@
 """delete_userdefine: schedules of both kinds, and their records."""
 import pytest
 from conftest import Answer, case
-from faults import not_loaded
 from schedules import SHOW, WEEKLY
 
 ON_1 = SHOW.record(tuner=1)
@@ -36,7 +35,7 @@ def test_delete_userdefine(both, starts, code, changes):
 @pytest.mark.parametrize("one_shot, code", [(None, 402), ("[", 403)])
 def test_delete_userdefine_schedule_not_deleted_record_goes(both, one_shot, code):
     both.store(one_shot=one_shot, repeat=None, user_defined=[SHOW, WEEKLY])
-    log = [*(not_loaded(both, "one_shot", one_shot) if one_shot else ()),
+    log = [*([f"cannot load {both.path('one_shot')}: it is not JSON"] if one_shot else []),
            f"schedule_recording:1032 Fail to load file {both.path('repeat')}"]
     assert delete(both, SHOW.start, WEEKLY.start) == Answer(code, log=log)
     both.expect_changes(user_defined="null\n", commands=["reload"])

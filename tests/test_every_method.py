@@ -2,7 +2,7 @@
 import pytest
 from conftest import FOLDER, Answer
 from every_method import STORED, query_of
-from faults import daemon_fails, not_loaded, not_saved, not_told, unsaved
+from faults import daemon_fails, not_told, unsaved
 from schedules import SHOW, WEEKLY
 
 REPEAT = {"start_time": [None, "x", -1, 0, 2**31], "end_date": [None],
@@ -58,27 +58,24 @@ def test_parameters_come_before_user_and_folder(appliance, name, is_rule, bad):
     assert appliance.request(**query) == Answer(406)
 
 
-@pytest.mark.parametrize("name, file", [
-    ("create", "one_shot"), ("delete", "one_shot"), ("delete_passed", "one_shot"),
-    ("create_repeat", "repeat"), ("edit_repeat", "repeat")])
-def test_file_not_loaded_or_not_saved(appliance, name, file):
-    under = unsaved(appliance.store(**STORED), file)
-    assert appliance.request(under=under, **query_of(name)) == Answer(
-        403, log=not_saved(appliance, file))
-    for text in "[", "{}":
-        assert appliance.store(**{file: text}).request(**query_of(name)) == Answer(
-            403, log=not_loaded(appliance, file, text))
+LOAD, SAVE = "cannot load {}: {}", "cannot save {}: Operation not permitted"
 
 
-def test_repeat_file_not_loaded_or_not_saved(appliance):
-    path = appliance.path("repeat")
-    for name, line in ("delete_repeat", 1032), ("getinfo_repeat", 926):
-        log = f"schedule_recording:{line} Fail to load file {path}"
-        for text in None, "[", "{}":
-            assert appliance.store(repeat=text).request(**query_of(name)) == Answer(100, log=[log])
-    log = f"schedule_recording:1051 Fail to save repeat schedule json. Path is {path}"
-    under = unsaved(appliance.store(**STORED), "repeat")
-    assert appliance.request(under=under, **query_of("delete_repeat")) == Answer(100, log=[log])
+@pytest.mark.parametrize("name, file, code, loading, saving", [
+    *((name, "one_shot", 403, LOAD, SAVE) for name in ("create", "delete", "delete_passed")),
+    *((name, "repeat", 403, LOAD, SAVE) for name in ("create_repeat", "edit_repeat")),
+    ("delete_repeat", "repeat", 100, "schedule_recording:1032 Fail to load file {}",
+     "schedule_recording:1051 Fail to save repeat schedule json. Path is {}"),
+    ("getinfo_repeat", "repeat", 100, "schedule_recording:926 Fail to load file {}", None)])
+def test_file_not_loaded_or_not_saved(appliance, name, file, code, loading, saving):
+    path = appliance.path(file)
+    for text, reason in ("[", "it is not JSON"), ("{}", "it holds no array"):
+        answer = appliance.store(**{file: text}).request(**query_of(name))
+        assert answer == Answer(code, log=[loading.format(path, reason)])
+    if saving:
+        under = unsaved(appliance.store(**STORED), file)
+        answer = appliance.request(under=under, **query_of(name))
+        assert answer == Answer(code, log=[saving.format(path)])
 
 
 @pytest.mark.parametrize("name", [

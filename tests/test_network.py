@@ -1,5 +1,5 @@
-"""What the base class and network/ give to other API classes of the package: shared links, the
-appliance's address outside, and the guard that runs a block as root."""
+"""What the base class, network/ and text_list/ give to other API classes of the package: shared
+links, lists, the appliance's address outside, and the guard that runs a block as root."""
 import re
 
 import pytest
@@ -68,6 +68,15 @@ def test_not_found_page(other):
 @pytest.mark.parametrize("query, number", [("n=-012x", "-12"), ("n=x7", "0"), ("N=1", "")])
 def test_number_parameter_in_decimal(other, query, number):
     assert ask(other, "number", query=query).data == [number]
+
+
+@pytest.mark.parametrize("text, separator, parts", [
+    ("", ",", ""), ("one", ",", "one"), ("a;b,c", ",", "a;b | c"),
+    (",a,,b,", ",", " | a |  | b | "),
+    ("a%E9b", "%E9", "a | b")])
+def test_text_is_split_and_joined(other, text, separator, parts):
+    query = f"text={text}&separator={separator}"
+    assert ask(other, "parts", query=query).data == [parts]
 
 
 @pytest.mark.parametrize("host, uri, tls, paths", [
