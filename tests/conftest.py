@@ -69,9 +69,9 @@ def in_forms(name, value):
 class Appliance:
     """A tree at the build's APPLIANCE_ROOT. Files are named by FILES, or by their path."""
 
-    def __init__(self, build, is_sloppy=False):
+    def __init__(self, build):
         self.program, self.root, self.emulator = build.program, build.root, build.emulator
-        self._is_sloppy, self._before = is_sloppy, None
+        self._before = None
 
     def lay(self):
         """A fresh tree: accounts, one user with the privilege, a recording folder, no schedule."""
@@ -135,8 +135,7 @@ class Appliance:
         if is_described:  # of one name the first counts, and a text ends at NUL
             query = f"{environment.get('QUERY_STRING', '')}&{form}"
             pairs = urllib.parse.parse_qsl(query, keep_blank_values=True)
-            observe({name: value.partition("\0")[0] for name, value in reversed(pairs)}, answer,
-                    self._is_sloppy)
+            observe({name: value.partition("\0")[0] for name, value in reversed(pairs)}, answer)
         return Answer(answer.get("error", {}).get("code"), answer.get("data"), log)
 
     def launch(self, environment, now=NOW, zone="UTC", under=(), **options):
@@ -225,7 +224,7 @@ def build(pytestconfig):
 def appliance(build, request):
     """A fresh appliance for each test. What a request changes must be named: expect_changes()."""
     failed = request.session.testsfailed
-    appliance = Appliance(build, request.node.get_closest_marker("sloppy") is not None).lay()
+    appliance = Appliance(build).lay()
     yield appliance
     if request.session.testsfailed == failed:
         appliance.settle()

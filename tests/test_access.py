@@ -8,7 +8,6 @@ from conftest import Answer, case
 EMPTY = {"schedules": [], "start": 0, "total": 0}
 
 
-@pytest.mark.sloppy
 @pytest.mark.parametrize("user, code", [
     ("", 106), ("locked", 107), ("viewer", None), ("guest", 105)])
 def test_access_of_user(appliance, user, code):

@@ -9,7 +9,6 @@ def create(appliance, schedule, **changes):
     return appliance.request("create_userdefine", **schedule.form() | changes)
 
 
-@pytest.mark.sloppy
 @pytest.mark.parametrize("schedule, changes, stored, record", [
     case("one-shot", SHOW, {"isweekly": "x", "weekdaystatus": "y", "end_date": "z"}, {}, {}),
     case("rule", WEEKLY, {}, {}, {}),
@@ -29,7 +28,6 @@ def test_create_userdefine_replaces_record_of_same_start_and_tuner(
         "repeat" if schedule.is_repeat else "one_shot": [schedule.stored(**stored)]})
 
 
-@pytest.mark.sloppy
 @pytest.mark.parametrize("zone, date, time, start", [
     ("America/New_York", "2025-07-02", "20:15", "2025-07-03 00:15"),
     ("Europe/Berlin", "2025-01-15", "20:15", "2025-01-15 18:15"),  # by the clock of summer

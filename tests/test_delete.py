@@ -20,7 +20,6 @@ def test_delete_stops_recording(appliance, channel, stored, left, stopped):
     appliance.expect_changes(one_shot=left, commands=[f"stop 0 1000 {stopped}", "reload"])
 
 
-@pytest.mark.sloppy
 @pytest.mark.parametrize("channel", [None, "x", "8"])
 def test_delete_without_id_stops_tuner(appliance, channel):
     appliance.store(one_shot=[SEVEN, EIGHT])

@@ -17,7 +17,6 @@ def delete(appliance, *starts):
     return appliance.request("delete_userdefine", tuner=0, id=",".join(map(str, starts)))
 
 
-@pytest.mark.sloppy
 @pytest.mark.parametrize("starts, code, changes", [
     case("both kinds, one reload", (SHOW.start, WEEKLY.start), None, {
         "one_shot": [], "repeat": [], "user_defined": [ON_1], "commands": [STOP, "reload"]}),

@@ -42,7 +42,7 @@ def test_over_http_examples_of_the_documentation(web_server):
     for command, text in examples:
         shown, answer = json.loads(text), json.loads(output_of(command, web_server, "bash"))
         for document in shown, answer:
-            observe({"method": re.search(r"method=(\w+)", command)[1]}, document, is_sloppy=True)
+            observe({"method": re.search(r"method=(\w+)", command)[1]}, document)
         assert (command, answer.keys(), answer.get("error")) == (
             command, shown.keys(), shown.get("error"))
 
