@@ -1,6 +1,7 @@
 """create: one one-shot schedule or a list, and the folder that recordings need."""
 import pytest
 from conftest import FOLDER, Answer, case
+from faults import failing
 
 
 def create(appliance, **changes):
@@ -33,6 +34,13 @@ def test_create_list_goes_on_after_failure(appliance, channels, starts, code, af
     appliance.store(one_shot="null")
     assert create(appliance, id=channels, start_time=starts) == Answer(code)
     appliance.expect_changes(one_shot=after, **{} if code else {"commands": ["reload"]})
+
+
+def test_create_list_without_room_for_the_second_stores_none(appliance):
+    path = appliance.store(one_shot=[]).path("one_shot")
+    full = failing("openat", f"{path}.tmp", at="2", fault="error=ENOSPC")
+    assert create(appliance, id="7,8", start_time="1000,2000", under=full).code == 403
+    appliance.expect_changes(commands=["reload"])
 
 
 MISSING = FOLDER | {"subpath": "x"}

@@ -3,14 +3,14 @@ import pytest
 from conftest import Answer, case
 from schedules import SHOW, WEEKLY
 
-ON_1 = SHOW.record(tuner=1)
+OTHERS = [SHOW.record(tuner=1), {"tuner": 0, "event_name": "Without a start"}]
 STOP = f"stop 0 {SHOW.start} 474 7"
 
 
 @pytest.fixture
 def both(appliance):
-    """An appliance with a one-shot schedule and a rule, and a record of another tuner."""
-    return appliance.store(one_shot=[SHOW], repeat=[WEEKLY], user_defined=[SHOW, WEEKLY, ON_1])
+    """An appliance with a one-shot schedule and a rule, and records that are not theirs."""
+    return appliance.store(one_shot=[SHOW], repeat=[WEEKLY], user_defined=[SHOW, WEEKLY, *OTHERS])
 
 
 def delete(appliance, *starts):
@@ -19,13 +19,13 @@ def delete(appliance, *starts):
 
 @pytest.mark.parametrize("starts, code, changes", [
     case("both kinds, one reload", (SHOW.start, WEEKLY.start), None, {
-        "one_shot": [], "repeat": [], "user_defined": [ON_1], "commands": [STOP, "reload"]}),
-    *(case(name, starts, code, {"one_shot": [], "user_defined": [WEEKLY, ON_1],
+        "one_shot": [], "repeat": [], "user_defined": OTHERS, "commands": [STOP, "reload"]}),
+    *(case(name, starts, code, {"one_shot": [], "user_defined": [WEEKLY, *OTHERS],
                                 "commands": [STOP, "reload"]}) for name, starts, code in [
         ("unknown start", (5, SHOW.start), None), ("no number", ("x", SHOW.start), None),
         ("named twice", (SHOW.start, SHOW.start), 402)]),
     case("none stored", (5, "x"), None, {
-        "user_defined": [SHOW, WEEKLY, ON_1], "commands": ["reload"]})])
+        "user_defined": [SHOW, WEEKLY, *OTHERS], "commands": ["reload"]})])
 def test_delete_userdefine(both, starts, code, changes):
     assert delete(both, *starts) == Answer(code)
     both.expect_changes(**changes)

@@ -43,6 +43,11 @@ def test_edit_userdefine_refused(stored, old, new, files, code):
     assert edit(stored.store(**files), old, new) == Answer(code)
 
 
+def test_edit_userdefine_refused_while_a_store_is_a_dangling_link(stored):
+    stored.store(repeat=None).path("repeat").symlink_to("volume/that/is/away")
+    assert edit(stored, SHOW, NEW) == Answer(100)
+
+
 @pytest.mark.parametrize("old, new, files", [
     case("one-shot", SHOW, NEW, {"one_shot": [PASSED, MADE, NEW]}),
     case("one-shot to a rule", SHOW, NEW_RULE, {

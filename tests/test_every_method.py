@@ -17,7 +17,7 @@ BAD = {  # besides no tuner
     "delete_repeat": {"id": [None, "1,2"], "channel_id": [None, "7,8"]},
     "create_userdefine": {
         "is_repeat": [None, "1"], "start_time": [None, "8:15"], "channel_name": [""], "id": [None],
-        "start_date": [None, "2025-7-2", "1960-01-01", "9999-12-31"]},
+        "start_date": [None, "2025-7-2", "1960-01-01", "9999-12-31", str(2033 + 2**32)]},
     "create_userdefine of a rule": {"weekdaystatus": [None], "end_date": [""]},
     "edit_userdefine": {
         "is_repeat": [None], "start_date": [""], "start_time": ["2030"], "tuner": [1],
@@ -72,6 +72,9 @@ def test_file_not_loaded_or_not_saved(appliance, name, file, code, loading, savi
     for text, reason in ("[", "it is not JSON"), ("{}", "it holds no array"):
         answer = appliance.store(**{file: text}).request(**query_of(name))
         assert answer == Answer(code, log=[loading.format(path, reason)])
+    appliance.store(**{file: None}).path(file).symlink_to("volume/that/is/away")
+    log = loading.format(path, "No such device or address")
+    assert appliance.request(**query_of(name)) == Answer(code, log=[log])
     if saving:
         under = unsaved(appliance.store(**STORED), file)
         answer = appliance.request(under=under, **query_of(name))

@@ -7,7 +7,7 @@ LONG, NO_LENGTH = SHOW.but(length="25:00"), WEEKLY.record(duration=-1)
 
 
 def info(appliance, zone="UTC", now=NOW, **changes):
-    appliance.store(user_defined=[LONG, NO_LENGTH, SHOW.record(start_time=5, tuner=1)])
+    appliance.store(user_defined=[LONG, SHOW, NO_LENGTH, SHOW.record(start_time=5, tuner=1)])
     return appliance.request("getinfo_userdefine", zone=zone, now=now, **{"tuner": 0} | changes)
 
 

@@ -51,6 +51,8 @@ def code_of_edit(appliance, files, new, now="2025-03-25 12:00"):
     case("days long", rule(), 4 * DAY, "80:00", 405),
     case("end date", rule(end_date="2025-04-01"), WEEK, "00:01", 405),
     case("day after it", rule(end_date="2025-03-31"), WEEK, "00:01", None),
+    case("on the day of the change", rule(weekdaystatus=ALL), 5 * DAY - HOUR, "00:01", 405),
+    case("half a minute late", rule(start_time=SHOT.start + 30), -1, "00:01", None),
     case("no such date", rule(end_date="2025-02-30"), WEEK, "00:01", 405),
     case("for a week", rule(isweekly=False, weekdaystatus=ALL), WEEK, "00:01", None)])
 def test_overlap(appliance, files, after, length, code):
@@ -62,3 +64,17 @@ def test_overlap(appliance, files, after, length, code):
 def test_overlap_of_a_rule_counts_to_its_end_or_for_a_year(appliance, days, end_date, code):
     new = begin(-days * DAY).but(days=ALL, end_date=end_date)
     assert code_of_edit(appliance, shot(), new, now=f"{new.date} 12:00") == code
+
+
+@pytest.mark.parametrize("days, today, code", [
+    case("the first day is today", "0,0,0,0,0,1,0", "2025-03-21", 405),
+    case("the first day is not the start's", "0,0,1,0,0,0,0", "2025-03-21", None),
+    case("the end of a long list is dropped", "0,0,000000000001", SHOT.date, None)])
+def test_overlap_of_a_rule_on_its_days(appliance, days, today, code):
+    new = begin(0).but(days=days)
+    assert code_of_edit(appliance, shot(), new, now=f"{today} 12:00") == code
+
+
+def test_overlap_ends_with_the_last_second_of_32_bits(appliance):
+    new = begin(0).but(date="2038-01-18", days=ALL)
+    assert code_of_edit(appliance, shot(start_time=-2**31, duration=86400), new) is None
