@@ -19,6 +19,6 @@ test("whatever goes wrong is one error with a code", async () => {
 test("every code of the API page has a sentence", () => {
   const page = readFileSync(new URL("../../docs/api.md", import.meta.url), "utf8");
   const codes = [...page.matchAll(/^\| ([\d, ]+) \|/gm)].flatMap(([, row]) => row.split(", "));
-  const sentences = codes.map((code) => new ApiError("any", code).message);
-  assert.doesNotMatch(sentences.join(), /unknown error/);
+  const isUnknown = (code) => /unknown error/.test(new ApiError("any", code).message);
+  assert.deepEqual(codes.filter(isUnknown), [], "codes without a sentence");
 });
