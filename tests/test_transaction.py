@@ -99,6 +99,19 @@ def test_change_without_room_is_rolled_back(appliance):
     appliance.expect_changes(commands=[f"stop 0 {SHOW.start} 474 7", "reload", "reload"])
 
 
+@pytest.mark.slow  # and the sanitizers need more room than these limits leave
+def test_change_that_runs_out_of_memory_is_rolled_back_at_once(appliance):
+    rolled_back = 0
+    for mebibytes in range(10, 60, 2):
+        appliance.store(one_shot=[SHOW], user_defined=[SHOW, {"text_name": "x" * 4_000_000}])
+        answer = appliance.request("delete_userdefine", tuner=0, id=SHOW.start,
+                                   under=["prlimit", f"--as={mebibytes << 20}"])
+        appliance.forget()
+        assert appliance.stored().one_shot == ([] if answer == Answer() else [SHOW.stored()])
+        rolled_back += "rolled back an unfinished request" in answer.log
+    assert rolled_back > 0 and answer == Answer()
+
+
 @pytest.mark.parametrize("name", ["user_defined", "etc/group"])
 def test_change_of_one_file_is_refused_after_a_device_has_failed(appliance, name):
     answer = create(appliance, user="viewer", under=failing("openat", appliance.path(name)))
