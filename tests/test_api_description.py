@@ -52,7 +52,7 @@ def test_the_page_and_the_examples_of_the_description_agree_with_it(method):
 
 
 def test_the_page_has_the_members_the_forms_and_the_common_codes_of_the_description():
-    for heading, name in (r"Member \|", "list_data"), ("Member of a", "schedule"):
+    for heading, name in (r"Member \|", "list_page"), ("Member of a", "schedule"):
         assert rows_of(SECTIONS["`list`"], heading) == [
             [f"`{member}`", schema["description"]]
             for member, schema in SCHEMAS[name]["properties"].items()]
