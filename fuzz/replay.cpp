@@ -1,5 +1,5 @@
 /// @file Runs the inputs of a folder through the fuzz target, without a fuzzer.
-#include "tests/files.h"
+#include "fuzz/files.h"
 
 #include <cstdint>
 #include <cstdio>

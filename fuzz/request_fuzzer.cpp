@@ -4,12 +4,12 @@
 /// An input can be read and written by hand: lines `--` separate the query string, the user, the
 /// form and the files. Texts that are missing are empty.
 #include "frame/schedule_recording_api.h"
+#include "fuzz/files.h"
 #include "kald/libc.h"
 #include "network/host_port.h"
 #include "platform/appliance_paths.h"
 #include "platform/standin/json_reader.h"
 #include "platform/standin/json_writer.h"
-#include "tests/files.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,7 +1,8 @@
 /// @file Another API class of the package, as a CGI program: it answers what it is asked about its
-/// base class, network/ and text_list/. The parameter `ask` names the questions, with commas
-/// between.
+/// base class, network/ and text_list/, and about the merge of schedules. The parameter `ask` names
+/// the questions, with commas between.
 #include "frame/privilege.h"
+#include "frame/schedule_recording_api.h"
 #include "frame/video_web_api.h"
 #include "kald/web_api_util.h"
 #include "network/host_port.h"
@@ -47,6 +48,17 @@ struct OtherApi : Tremolane::VideoWebAPI {
              }},
             {"not found", [](OtherApi& api) { return api.SendNotFoundPage(), Text(true); }},
             {"number", [](OtherApi& api) { return api.GetIntParamText("n"); }},
+            {"merge",
+             [](OtherApi&) { // of schedules with a member that it does not know
+                 Json::Value view;
+                 Json::Value repeat;
+                 view["schedules"][0]["start_time"] = 9;
+                 view["schedules"][0]["foreign"] = true;
+                 repeat[0]["start_time"] = 1;
+                 ScheduleRecordingAPI::MergeSchedules(view, repeat);
+                 Json::Value const& first = view["schedules"][0];
+                 return first["start_time"].asString() + ' ' + first["foreign"].asString();
+             }},
             {"parts",
              [](OtherApi& api) {
                  auto const parts = kalddbquery::SplitString(api.m_request.In("text", ""),

@@ -60,6 +60,10 @@ def test_privileges_are_written_when_the_object_goes(other):
     assert other.path("users").read_text() == written
 
 
+def test_merge_leaves_foreign_members_at_their_position(other):
+    assert ask(other, "merge").data == ["1 true"]
+
+
 def test_not_found_page(other):
     run = other.launch({"QUERY_STRING": "ask=not%20found", "REMOTE_USER": "admin"})
     assert run.stdout.startswith(b"Cache-control: no-store\r\nStatus: 404 Not Found\r\n\r\n")

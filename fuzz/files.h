@@ -1,4 +1,4 @@
-/// @file Files of the appliance, for the unit tests and the fuzzer.
+/// @file Files of the appliance under the fuzzer.
 #pragma once
 
 #include <filesystem>
