@@ -1,10 +1,10 @@
 /// @file Fuzz target: a whole request from any client, over stored files of any content. Whatever
 /// they hold, one well-formed answer comes, and a stored document never becomes a broken one.
 ///
-/// An input can be read and written by hand: lines `--` separate the query string, the user, the
-/// form and the files. Texts that are missing are empty.
+/// Without a fuzzer it replays the inputs of a folder. An input can be read and written by hand:
+/// lines `--` separate the query string, the user, the form and the files. Texts that are missing
+/// are empty.
 #include "frame/schedule_recording_api.h"
-#include "fuzz/files.h"
 #include "kald/libc.h"
 #include "network/host_port.h"
 #include "platform/appliance_paths.h"
@@ -12,7 +12,11 @@
 #include "platform/standin/json_writer.h"
 
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <vector>
 
 extern "C" int fsync(int /*fd*/)
@@ -26,6 +30,23 @@ std::string const kFiles[] = {appliance::OneShotFile(0), appliance::RepeatFile(0
                               appliance::kUserDefineFile, appliance::kFolderList,
                               appliance::kPrivilegeFile};
 constexpr std::size_t kParts = 3; // of the request, before the files
+
+/// Replaces a file; makes the folders that are missing. Empty text removes the file.
+void PutFile(std::string const& path, std::string const& text)
+{
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    std::filesystem::remove(path); // file systems flush what is truncated and rewritten
+    if (!text.empty()) {
+        std::ofstream(path, std::ios::binary) << text;
+    }
+}
+
+std::string ReadFile(std::string const& path)
+{
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
 
 /// Ends the process, and so fails the input, unless `holds`.
 void Require(bool holds)
@@ -96,3 +117,14 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     KDLIBCFileGetKeyValue(kFiles[0].c_str(), texts[0].c_str(), value, sizeof value, 0);
     return 0;
 }
+
+#ifdef REPLAY
+int main(int /*count*/, char** arguments)
+{
+    for (auto const& entry : std::filesystem::directory_iterator(arguments[1])) {
+        std::string const text = ReadFile(entry.path());
+        std::fprintf(stderr, "%s\n", entry.path().c_str()); // the last one is the one that failed
+        LLVMFuzzerTestOneInput(reinterpret_cast<std::uint8_t const*>(text.data()), text.size());
+    }
+}
+#endif
