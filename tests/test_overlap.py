@@ -41,6 +41,7 @@ def code_of_edit(appliance, files, new, now="2025-03-25 12:00"):
     case("ends touch", shot(), HOUR, "00:01", None), case("touch", shot(), -1, "00:01", None),
     case("last minute", shot(), HOUR - 1, "00:01", 405), case("first", shot(), -1, "00:02", 405),
     case("no length is half an hour", shot(duration=0), 29, "00:01", 405),
+    case("a second", shot(duration=1), 1, "00:01", None),
     case("beyond 32 bits", shot(duration=2**31 - 1), 4000 * DAY, "99:59", 405),
     case("shot at 0", shot(start_time=0), 1 - SHOT.start // 60, "00:20", None),
     case("rule at 0", rule(start_time=0, weekdaystatus=ALL), 0, "00:01", None),

@@ -56,6 +56,6 @@ def test_getinfo_repeat(appliance, stored, record, channel):
               "isweekly", "weekdaystatus", "end_date")
     info = {"id": channel} | {name: record.get(name) for name in copied}
     appliance.store(repeat=stored)
-    for start, asked, data in (1000, 7, info), (1000, "7@3", info), (1000, 9, None), (1, 7, None):
+    for start, asked, data in (1000, 7, info), (1000, "7@3", info), (1000, 9, None), (0, 7, None):
         answer = appliance.request("getinfo_repeat", tuner=0, start_time=start, id=asked)
         assert answer == Answer(data=data)
