@@ -3,7 +3,7 @@
 
 #include "platform/appliance_paths.h"
 #include "platform/record_members.h"
-#include "platform/standin/files.h"
+#include "platform/standin/userdefine_index.h"
 
 #include <json/writer.h>
 
@@ -150,7 +150,7 @@ Json::Value MakeUserDefineRecords(int count)
 void LayTree(TreeSize const& size)
 {
     std::filesystem::remove_all(kRoot);
-    standin::StartFileGeneration(); // what this process has read is no longer true
+    standin::ForgetUserDefineIndex(); // what this process has read is no longer true
     std::filesystem::create_directories(std::string(kRoot) + "/var/run/dtvd");
     Write(kPasswordFile, "admin:x:1024:100::/:\nviewer:x:1026:100::/:\n");
     Write(kGroupFile, "users:x:100:\nadministrators:x:101:admin\n");

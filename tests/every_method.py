@@ -18,6 +18,7 @@ def edit_of(old, new):
 
 CHANGING = {
     "create": {"id": 5, "start_time": NEW.start},
+    "create of a list": {"id": "5,6@1,8", "start_time": f"{NEW.start},{NEW.start},1000"},
     "delete": {"id": SHOW.start, "channel_id": 7},
     "delete_passed": {},
     "create_repeat": {"id": 5, "start_time": NEW.start, **DAYS},

@@ -21,9 +21,8 @@ def not_told(appliance):
 
 
 def unsaved(appliance, name):
-    """Fails every save of a file: its temporary file does not get its name."""
-    path = appliance.path(name)
-    return failing("rename,renameat2", path, f"{path}.tmp", fault="error=EPERM")
+    """Fails every save of a file: its temporary file cannot be created."""
+    return failing("openat", f"{appliance.path(name)}.tmp", fault="error=EPERM")
 
 
 def daemon_fails(appliance, after):

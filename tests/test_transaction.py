@@ -6,10 +6,10 @@ from concurrent import futures
 from pathlib import Path
 
 import pytest
-from conftest import ETC, Answer, case, needs_root
+from conftest import ETC, FOLDER, Answer, case, needs_root
 from faults import failing, not_saved
 from schedules import SHOW
-from test_create import create
+from test_create import create, made
 
 LOCK, JOURNAL = f"{ETC}/.schedules.lock", f"{ETC}/.schedules.journal"
 
@@ -92,10 +92,12 @@ def test_journal_that_is_broken_refuses_changes(appliance, text):
 def test_change_without_room_is_rolled_back(appliance):
     appliance.store(one_shot=[SHOW], user_defined=[SHOW])
     path = appliance.path("user_defined")
-    under = failing("rename,renameat2", path, f"{path}.tmp", at="1", fault="error=ENOSPC")
+    under = failing("rename", path, f"{path}.tmp", at="1", fault="error=ENOSPC")
     answer = appliance.request("delete_userdefine", tuner=0, id=SHOW.start, under=under)
-    assert answer == Answer(100, log=["a device failed or is full: the request is rolled back",
-                                      "rolled back an unfinished request"])
+    assert answer == Answer(100, log=[
+        *not_saved(appliance, "user_defined", "No space left on device"),
+        "a device failed or is full: the request is rolled back",
+        "rolled back an unfinished request"])
     appliance.expect_changes(commands=[f"stop 0 {SHOW.start} 474 7", "reload", "reload"])
 
 
@@ -116,6 +118,13 @@ def test_change_that_runs_out_of_memory_is_rolled_back_at_once(appliance):
 def test_change_of_one_file_is_refused_after_a_device_has_failed(appliance, name):
     answer = create(appliance, user="viewer", under=failing("openat", appliance.path(name)))
     assert answer == Answer(403, log=not_saved(appliance, "one_shot", "Input/output error"))
+
+
+def test_recording_folder_whose_device_failed_is_no_reason_while_there_is_another(appliance):
+    appliance.store(folders=[FOLDER | {"subpath": "x"}, FOLDER])
+    under = failing("newfstatat", appliance.path(f"volume1/{FOLDER['share']}/x"))
+    assert create(appliance, under=under) == Answer()
+    appliance.expect_changes(one_shot=[made()], commands=["reload"])
 
 
 def test_save_keeps_mode_and_owner(appliance):

@@ -4,6 +4,7 @@
 #include "kald/user.h"
 #include "platform/appliance_paths.h"
 #include "platform/standin/files.h"
+#include "platform/standin/transaction.h"
 
 #include <grp.h>
 #include <pwd.h>
@@ -30,7 +31,11 @@ bool FindEntry(char const* path, int (*read)(FILE*, Entry*, char*, std::size_t, 
 {
     std::string text;
     UniqueFd const fd = OpenRegularFile(path);
-    if (!fd || !ReadText(fd.Get(), text) || text.empty()) {
+    if (!fd || !ReadText(fd.Get(), text)) {
+        Transaction::NoteFailure();
+        return false;
+    }
+    if (text.empty()) {
         return false;
     }
     auto const close = [](FILE* stream) { std::fclose(stream); };

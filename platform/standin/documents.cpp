@@ -2,9 +2,10 @@
 #include "platform/standin/documents.h"
 
 #include "kald/web_utils.h"
+#include "platform/appliance_paths.h"
 #include "platform/standin/files.h"
 #include "platform/standin/json_writer.h"
-#include "platform/standin/transaction.h"
+#include "platform/standin/userdefine_index.h"
 
 #include <cerrno>
 #include <utility>
@@ -14,22 +15,33 @@ namespace standin {
 Load LoadDocument(std::string const& path, Json::Value& document,
                   std::span<Json::StaticString const> wanted)
 {
+    if (Document const* const saved = Transaction::FindSaved(path)) {
+        document = saved->value;
+        return Load::kLoaded;
+    }
     document = Json::Value();
     UniqueFd const fd = OpenRegularFile(path.c_str());
     if (!fd) {
+        Transaction::NoteFailure();
         return errno == ENOENT || errno == ENOTDIR ? Load::kMissing : Load::kUnreadable;
     }
     std::string text;
     if (!ReadText(fd.Get(), text)) {
+        Transaction::NoteFailure();
         return Load::kUnreadable;
     }
     return ParseJson(std::move(text), document, wanted) ? Load::kLoaded : Load::kNotJson;
 }
 
-bool ReplaceFile(std::string const& path, Json::Value const& document)
+bool SaveDocument(std::string const& path, Document document)
 {
-    return Transaction::KeepOldVersion(path) &&
-           WriteWholeFile(path, RenderJson(document, Charset::kUtf8) + '\n');
+    if (path == appliance::kUserDefineFile) {
+        ForgetUserDefineIndex();
+    }
+    Transaction* const transaction = Transaction::For(path);
+    return transaction != nullptr
+               ? transaction->Save(path, std::move(document))
+               : WriteWholeFile(path, RenderJson(document.value, Charset::kUtf8) + '\n');
 }
 
 } // namespace standin
@@ -41,5 +53,5 @@ bool WebUtils::LoadJsonFile(Json::Value& document, char const* path)
 
 bool WebUtils::SaveJsonFile(Json::Value& document, char const* path)
 {
-    return standin::ReplaceFile(path, document);
+    return standin::SaveDocument(path, {document, std::nullopt});
 }

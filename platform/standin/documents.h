@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/standin/json_reader.h"
+#include "platform/standin/transaction.h"
 
 #include <json/value.h>
 
@@ -18,12 +19,13 @@ enum class Load {
     kNotJson,
 };
 
-/// Loads a JSON file. `document` is null unless it was loaded. See ParseJson() for `wanted`.
+/// Loads a JSON file, or what the transaction in progress has saved in its place. `document` is
+/// null unless it was loaded. See ParseJson() for `wanted`.
 Load LoadDocument(std::string const& path, Json::Value& document,
                   std::span<Json::StaticString const> wanted = {});
 
 /// Replaces a file by a document in one line, as part of the transaction in progress. Texts are
-/// written as UTF-8. See WriteWholeFile() for what a failure leaves.
-bool ReplaceFile(std::string const& path, Json::Value const& document);
+/// written as UTF-8. On failure returns false, sets errno and leaves the file alone.
+bool SaveDocument(std::string const& path, Document document);
 
 } // namespace standin

@@ -15,14 +15,6 @@ namespace {
 constexpr mode_t kTemporaryMode = 0600; ///< until CopyOwnerAndMode() sets the final mode
 constexpr mode_t kPermissionBits = 0777;
 
-int generation = 1;
-bool hasDeviceFailed = false;
-
-std::string FolderOf(std::string const& path)
-{
-    return path.substr(0, path.find_last_of('/') + 1);
-}
-
 std::string TemporaryOf(std::string const& path)
 {
     return path + ".tmp";
@@ -75,9 +67,6 @@ bool Commit(std::string const& temporary, std::string const& path)
     bool const isMoved = isExchanged || std::rename(temporary.c_str(), path.c_str()) == 0;
     bool const isSynced = isMoved && SyncFolderOf(path);
     int const error = errno;
-    if (!isSynced) {
-        NoteFailure();
-    }
     if (isExchanged && !isSynced) {
         Exchange(temporary, path);
     }
@@ -101,7 +90,6 @@ UniqueFd OpenRegularFile(char const* path)
         if (errno == ENOENT && ::lstat(path, &info) == 0) {
             errno = ENXIO; // a dangling link: the volume that holds its target may come back
         }
-        NoteFailure();
         return UniqueFd();
     }
     if (!S_ISREG(info.st_mode)) {
@@ -124,7 +112,6 @@ bool ReadText(int fd, std::string& text, std::size_t limit)
             continue;
         }
         if (got < 0) {
-            NoteFailure();
             return false;
         }
         if (got == 0) {
@@ -151,44 +138,26 @@ bool WriteAll(int fd, std::string_view text)
     return true;
 }
 
-bool HasDeviceFailed()
-{
-    return hasDeviceFailed;
-}
-
-void ForgetDeviceFailure()
-{
-    hasDeviceFailed = false;
-}
-
-void NoteFailure()
-{
-    for (int const error : {EIO, ENOSPC, EDQUOT, EFBIG, EROFS, ENOMEM, EMFILE, ENFILE}) {
-        hasDeviceFailed = hasDeviceFailed || errno == error;
-    }
-}
-
-int FileGeneration()
-{
-    return generation;
-}
-
-void StartFileGeneration()
-{
-    ++generation;
-}
-
 bool GiveToOwnerOfFolder(int fd, std::string const& path)
 {
     struct stat folder {};
     return ::stat(FolderOf(path).c_str(), &folder) == 0 && CopyOwner(fd, folder);
 }
 
+std::string FolderOf(std::string const& path)
+{
+    return path.substr(0, path.find_last_of('/') + 1);
+}
+
+bool SyncFile(std::string const& path)
+{
+    UniqueFd const fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    return fd && ::fsync(fd.Get()) == 0;
+}
+
 bool SyncFolderOf(std::string const& path)
 {
-    std::string const folder = FolderOf(path);
-    UniqueFd const fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    return fd && ::fsync(fd.Get()) == 0;
+    return SyncFile(FolderOf(path));
 }
 
 void RemoveTemporaryOf(std::string const& path)
@@ -196,20 +165,37 @@ void RemoveTemporaryOf(std::string const& path)
     ::unlink(TemporaryOf(path).c_str());
 }
 
-bool WriteWholeFile(std::string const& path, std::string_view text, unsigned newMode)
+UniqueFd WriteTemporary(std::string const& path, std::string_view text, unsigned newMode)
 {
-    StartFileGeneration();
     std::string const temporary = TemporaryOf(path);
-    UniqueFd const fd = OpenTemporary(temporary);
-    if (!fd || !WriteAll(fd.Get(), text) || !CopyOwnerAndMode(fd.Get(), path, newMode) ||
-        ::fsync(fd.Get()) != 0) {
-        NoteFailure();
+    UniqueFd fd = OpenTemporary(temporary);
+    if (!fd || !WriteAll(fd.Get(), text) || !CopyOwnerAndMode(fd.Get(), path, newMode)) {
         int const error = errno;
         ::unlink(temporary.c_str());
         errno = error;
+        return UniqueFd();
+    }
+    return fd;
+}
+
+bool MoveTemporary(std::string const& path)
+{
+    return std::rename(TemporaryOf(path).c_str(), path.c_str()) == 0;
+}
+
+bool WriteWholeFile(std::string const& path, std::string_view text, unsigned newMode)
+{
+    UniqueFd const fd = WriteTemporary(path, text, newMode);
+    if (!fd) {
         return false;
     }
-    return Commit(temporary, path);
+    if (::fsync(fd.Get()) != 0) {
+        int const error = errno;
+        RemoveTemporaryOf(path);
+        errno = error;
+        return false;
+    }
+    return Commit(TemporaryOf(path), path);
 }
 
 } // namespace standin

@@ -20,36 +20,37 @@ bool ReadText(int fd, std::string& text, std::size_t limit = std::string::npos);
 /// Writes all of `text`. On failure returns false and sets errno.
 bool WriteAll(int fd, std::string_view text);
 
-/// Returns whether opening, reading or replacing a file has failed since the last
-/// ForgetDeviceFailure() because a device failed or something ran out: space, memory, descriptors.
-/// If so, a file that seemed to be missing may exist, and a change may be incomplete.
-bool HasDeviceFailed();
-void ForgetDeviceFailure();
+constexpr unsigned kNewFileMode = 0640;
 
-/// Records a device failure if errno stands for one. Call it when a system call on a file has
-/// failed.
-void NoteFailure();
+/// Writes `text` to a temporary file beside `path`, with the mode of the file at `path` and, as
+/// root, its owner and group; if there is no such file, with `newMode` and, as root, the owner of
+/// the folder. Returns the open file, which is not synced yet. On failure returns none, sets errno
+/// and removes the temporary file. Only one process at a time may replace the same file.
+UniqueFd WriteTemporary(std::string const& path, std::string_view text,
+                        unsigned newMode = kNewFileMode);
 
-/// Returns a number above 0. When it has changed, what was read of a file before may be out of
-/// date.
-int FileGeneration();
-
-/// Changes that number: a request begins, or WriteWholeFile() was called.
-void StartFileGeneration();
+/// Moves the temporary file to `path` in one step, but not durably. On failure returns false and
+/// sets errno.
+bool MoveTemporary(std::string const& path);
 
 /// Replaces the content of `path` by `text`, atomically and durably: whatever happens, the complete
-/// old file or the complete new file is there. Keeps the old file's mode and, as root, its owner
-/// and group; a new file has `newMode` and, as root, the owner of its folder. On failure returns
-/// false, sets errno and removes the temporary file. Only one process at a time may replace the
-/// same file.
-bool WriteWholeFile(std::string const& path, std::string_view text, unsigned newMode = 0640);
+/// old file or the complete new file is there. See WriteTemporary() for its mode and owner. On
+/// failure returns false, sets errno and removes the temporary file.
+bool WriteWholeFile(std::string const& path, std::string_view text,
+                    unsigned newMode = kNewFileMode);
 
 /// As root, gives an open file to the owner of the folder of `path`, so that a program that runs as
 /// that user can use the file too.
 bool GiveToOwnerOfFolder(int fd, std::string const& path);
 
-/// Deletes the temporary file that WriteWholeFile() leaves behind if its process is killed.
+/// Deletes the temporary file of WriteTemporary(), which a killed process leaves behind.
 void RemoveTemporaryOf(std::string const& path);
+
+/// Returns the folder of a file, with a slash at its end.
+std::string FolderOf(std::string const& path);
+
+/// Syncs the content of a file. Returns false and sets errno on failure.
+bool SyncFile(std::string const& path);
 
 /// Syncs the folder of a file, which makes the file's directory entry durable. Returns false and
 /// sets errno on failure.

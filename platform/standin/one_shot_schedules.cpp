@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <ctime>
+#include <set>
 #include <string>
 #include <utility>
 
@@ -21,6 +22,7 @@ namespace {
 using namespace appliance;
 using standin::ChangeRecords;
 using standin::ChangeSchedule;
+using standin::Document;
 using standin::ScheduleKey;
 using standin::SetErrno;
 
@@ -59,6 +61,35 @@ struct Names {
     }
 };
 
+std::string KeyText(int start, std::string const& service)
+{
+    return std::to_string(start) + ' ' + service;
+}
+
+/// Returns the texts of all schedules in a store, as KeyText() has them.
+std::set<std::string> KeysOf(Json::Value const& records)
+{
+    std::set<std::string> keys;
+    for (Json::Value const& record : records) {
+        keys.insert(KeyText(IntOf(record, member::kStartTime), TextOf(record, member::kServiceId)));
+    }
+    return keys;
+}
+
+/// Adds the key of a schedule that is about to be appended. Returns false if it is stored already.
+/// A list of channels must not search the store for each of them, so a store that the request has
+/// saved before gets an index. For the first look a search is cheaper.
+bool AddKey(Document& records, ScheduleKey const& key, bool isSavedBefore)
+{
+    if (!isSavedBefore) {
+        return std::none_of(records.value.begin(), records.value.end(), Names{key});
+    }
+    if (!records.keys) {
+        records.keys = KeysOf(records.value);
+    }
+    return records.keys->insert(KeyText(key.start, std::to_string(key.service))).second;
+}
+
 } // namespace
 
 bool GetSchedule(Json::Value& out, int tuner)
@@ -78,22 +109,25 @@ bool GetSchedule(Json::Value& out, int tuner)
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the appliance's library takes them by value
 bool AddSchedule(Json::Value& out, int tuner, std::string id, std::string start, char const* uid)
 {
-    auto const add = [tuner, uid](Json::Value& records, ScheduleKey const& key) {
-        if (std::any_of(records.begin(), records.end(), Names{key})) {
+    std::string const path = OneShotFile(tuner);
+    bool const isSavedBefore = standin::Transaction::FindSaved(path) != nullptr;
+    auto const add = [=](Document& records, ScheduleKey const& key) {
+        if (!AddKey(records, key, isSavedBefore)) {
             return EEXIST;
         }
         Json::Value record = standin::NewRecord(key, kStatusWaiting, tuner, uid);
         record[member::kServiceId] = key.service;
-        records.append(std::move(record));
+        records.value.append(std::move(record));
         return 0;
     };
-    return ChangeSchedule(out, OneShotFile(tuner), id, start, add);
+    return ChangeSchedule(out, path, id, start, add);
 }
 
 bool DelSchedule(Json::Value& out, int tuner, char const* channelId, char const* start)
 {
-    auto const remove = [](Json::Value& records, ScheduleKey const& key) {
-        return DropRecords(records, Names{key}) ? 0 : ENOENT;
+    auto const remove = [](Document& records, ScheduleKey const& key) {
+        records.keys.reset();
+        return DropRecords(records.value, Names{key}) ? 0 : ENOENT;
     };
     return ChangeSchedule(out, OneShotFile(tuner), channelId, start, remove);
 }
@@ -105,8 +139,9 @@ bool ScheduleDeletePass(Json::Value& out, int tuner)
         Json::Value const& start = MemberOf(record, member::kStartTime);
         return start.isInt() && std::int64_t{start.asInt()} + standin::DurationOf(record) <= now;
     };
-    return ChangeRecords(out, OneShotFile(tuner), [&](Json::Value& records) {
-        return DropRecords(records, isPassed) ? 0 : standin::kUnchanged;
+    return ChangeRecords(out, OneShotFile(tuner), [&](Document& records) {
+        records.keys.reset();
+        return DropRecords(records.value, isPassed) ? 0 : standin::kUnchanged;
     });
 }
 

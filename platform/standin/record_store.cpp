@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 namespace standin {
 
@@ -33,14 +34,16 @@ int LoadRecords(std::string const& path, Json::Value& records,
 }
 
 bool ChangeRecords(Json::Value& out, std::string const& path,
-                   std::function<int(Json::Value& records)> const& change)
+                   std::function<int(Document& records)> const& change)
 {
-    Json::Value records;
-    int error = LoadRecords(path, records);
+    Document loaded;
+    Document* const saved = Transaction::FindSaved(path);
+    Document& records = saved != nullptr ? *saved : loaded;
+    int error = saved != nullptr ? 0 : LoadRecords(path, loaded.value);
     if (error == 0) {
         error = change(records);
     }
-    if (error == 0 && !ReplaceFile(path, records)) {
+    if (error == 0 && !SaveDocument(path, std::move(records))) {
         ::syslog(LOG_ERR, "cannot save %s: %s", path.c_str(), std::strerror(errno));
         error = EIO;
     }
@@ -49,11 +52,10 @@ bool ChangeRecords(Json::Value& out, std::string const& path,
 
 bool ChangeSchedule(Json::Value& out, std::string const& path, std::string const& id,
                     std::string const& start,
-                    std::function<int(Json::Value& records, ScheduleKey const& key)> const& change)
+                    std::function<int(Document& records, ScheduleKey const& key)> const& change)
 {
     auto const key = ParseKey(id, start);
-    return key ? ChangeRecords(out, path,
-                               [&](Json::Value& records) { return change(records, *key); })
+    return key ? ChangeRecords(out, path, [&](Document& records) { return change(records, *key); })
                : SetErrno(out, EINVAL);
 }
 

@@ -3,6 +3,7 @@
 
 #include "platform/standin/json_reader.h"
 #include "platform/standin/schedule_key.h"
+#include "platform/standin/transaction.h"
 
 #include <json/value.h>
 
@@ -17,16 +18,17 @@ namespace standin {
 int LoadRecords(std::string const& path, Json::Value& records,
                 std::span<Json::StaticString const> wanted = {});
 
-/// Changes a store. `change` edits the records and returns 0 to have them saved, kUnchanged to
-/// leave the file alone, or an errno. Returns the result of the store operation; see SetErrno().
+/// Changes a store. `change` edits the records and returns 0 to have them saved, or leaves them
+/// alone and returns kUnchanged or an errno. Returns the result of the store operation; see
+/// SetErrno().
 bool ChangeRecords(Json::Value& out, std::string const& path,
-                   std::function<int(Json::Value& records)> const& change);
+                   std::function<int(Document& records)> const& change);
 
 /// Changes a store like ChangeRecords(), and passes `change` the key that `id` and `start` form.
 /// The result is EINVAL if they form none.
 bool ChangeSchedule(Json::Value& out, std::string const& path, std::string const& id,
                     std::string const& start,
-                    std::function<int(Json::Value& records, ScheduleKey const& key)> const& change);
+                    std::function<int(Document& records, ScheduleKey const& key)> const& change);
 
 inline constexpr int kUnchanged = -1;
 

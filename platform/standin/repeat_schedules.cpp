@@ -56,8 +56,8 @@ bool AddRepeatSchedule(Json::Value& out, int tuner, std::string const& id, char 
                        char const* uid, bool isWeekly, char const* weekdayStatus,
                        char const* endDate)
 {
-    auto const add = [&](Json::Value& records, ScheduleKey const& key) {
-        if (Find(records, key) != nullptr) {
+    auto const add = [&](standin::Document& records, ScheduleKey const& key) {
+        if (Find(records.value, key) != nullptr) {
             return EEXIST;
         }
         Json::Value record = standin::NewRecord(key, kStatusRepeat, tuner, uid);
@@ -65,7 +65,7 @@ bool AddRepeatSchedule(Json::Value& out, int tuner, std::string const& id, char 
         record[member::kLastCreateTime] = 0;
         record[member::kStartDate] = DateText(key.start);
         SetRecurrence(record, isWeekly, weekdayStatus, endDate);
-        records.append(std::move(record));
+        records.value.append(std::move(record));
         return 0;
     };
     return standin::ChangeSchedule(out, RepeatFile(tuner), id, start, add);
@@ -74,8 +74,8 @@ bool AddRepeatSchedule(Json::Value& out, int tuner, std::string const& id, char 
 bool EditRepeatSche(Json::Value& out, int tuner, std::string const& id, char const* start,
                     bool isWeekly, char const* weekdayStatus, char const* endDate)
 {
-    auto const edit = [&](Json::Value& records, ScheduleKey const& key) {
-        Json::Value* const record = Find(records, key);
+    auto const edit = [&](standin::Document& records, ScheduleKey const& key) {
+        Json::Value* const record = Find(records.value, key);
         if (record == nullptr) {
             return ENOENT;
         }

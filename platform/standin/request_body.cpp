@@ -38,12 +38,14 @@ std::optional<std::size_t> BodyLength()
 {
     std::string const announced = Environment("CONTENT_LENGTH");
     if (!announced.empty()) {
-        return ParseWholeNumber<std::size_t>(announced);
+        auto const length = ParseWholeNumber<std::size_t>(announced);
+        return length ? std::optional(std::min(*length, kUnknownLength - 1)) : std::nullopt;
     }
     return Environment("HTTP_TRANSFER_ENCODING").empty() ? 0 : kUnknownLength;
 }
 
-std::size_t readLength = 0; ///< of the body, by ReadForm()
+/// How much of the body ReadForm() has read. Standard input belongs to the process, as this does.
+std::size_t readLength = 0;
 
 } // namespace
 

@@ -1,5 +1,16 @@
 /// @file The lock by flock(2), and the rollback journal: one file that holds the old versions.
 ///
+/// A request that changes files goes through these steps:
+/// 1. Begin() takes the lock. If there is a journal, its request never ended: its old versions are
+///    restored and synced, the daemon is told, and the journal is deleted.
+/// 2. The first save of a file adds the file's old version to the journal in memory and writes the
+///    new one to a temporary file. Later saves of it stay in memory.
+/// 3. Before a command goes to the daemon, and at the end: the journal is written and synced with
+///    its folder if it has new entries; then the temporary files are moved to their places.
+/// 4. Commit() syncs the changed files and their folders, once each, and deletes the journal. The
+///    changes are final.
+/// 5. It syncs the folder of the journal: they stay final if the power fails.
+///
 /// The journal has an entry for each file: a line "SIZE NAME", then SIZE bytes of content. NAME is
 /// relative to the package's folder. A SIZE of -1 stands for a file that did not exist. The journal
 /// is replaced as a whole, so it is never seen half written.
@@ -7,6 +18,7 @@
 
 #include "platform/appliance_paths.h"
 #include "platform/standin/files.h"
+#include "platform/standin/json_writer.h"
 #include "tremolane/tuner_daemon.h"
 
 #include <fcntl.h>
@@ -22,6 +34,7 @@
 #include <cstring>
 #include <ctime>
 #include <optional>
+#include <set>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -39,7 +52,9 @@ constexpr int kLockSeconds = 10;
 
 constexpr int kLockAttempts = 10; ///< if somebody deletes the lock file while it is waited for
 
-Transaction* current = nullptr; ///< the transaction in progress
+/// The transaction in progress. The calls of the appliance's libraries that save and load have no
+/// place for it, and a process handles one request at a time.
+Transaction* current = nullptr;
 
 /// A file of the journal; `old` is none if it did not exist.
 struct OldVersion {
@@ -166,6 +181,11 @@ bool RestoreAll(int journal)
            });
 }
 
+std::string Render(Document const& document)
+{
+    return RenderJson(document.value, Charset::kUtf8) + '\n';
+}
+
 bool DeleteJournal()
 {
     bool const isDeleted = ::unlink(kJournal) == 0 && SyncFolderOf(kJournal);
@@ -197,7 +217,6 @@ bool Transaction::Begin()
         }
         if (IsStillAt(m_lock.Get(), kLock)) { // otherwise the lock keeps nobody out
             current = this;
-            ForgetDeviceFailure();
             return RollBack();
         }
     }
@@ -207,7 +226,8 @@ bool Transaction::Begin()
 
 bool Transaction::Commit()
 {
-    if (HasDeviceFailed() && !m_savesOnce) {
+    bool const isComplete = m_savesOnce || (!m_hasDeviceFailed && WriteOut() && SyncAll());
+    if (!isComplete) {
         ::syslog(LOG_ERR, "a device failed or is full: the request is rolled back");
         RollBack();
         return false;
@@ -219,6 +239,11 @@ bool Transaction::Commit()
 bool Transaction::RollBack()
 {
     Transaction* const suspended = std::exchange(current, nullptr); // a restore is not journaled
+    for (auto const& [path, saved] : m_saved) {
+        RemoveTemporaryOf(path);
+    }
+    m_saved.clear();
+    m_journal.clear();
     RemoveTemporaryOf(kJournal);
     UniqueFd const journal = OpenOwn(kJournal, 0);
     if (!journal && errno == ENOENT) {
@@ -231,25 +256,57 @@ bool Transaction::RollBack()
     }
     KALDDTVDReloadSchedule(); // best effort; before the journal goes, so that a crash repeats it
     ::syslog(LOG_WARNING, "rolled back an unfinished request");
-    m_journal.clear();
-    m_kept.clear();
     current = suspended;
     return DeleteJournal();
 }
 
-bool Transaction::KeepOldVersion(std::string const& path)
+Transaction* Transaction::For(std::string const& path)
 {
-    if (current == nullptr || !path.starts_with(kFolder) || current->m_kept.contains(path)) {
-        return true;
-    }
-    if (current->m_savesOnce) {
-        errno = EIO;
-        return !HasDeviceFailed(); // the request may have missed something; it could not be undone
-    }
-    return current->AppendToJournal(path);
+    return path.starts_with(kFolder) ? current : nullptr;
 }
 
-bool Transaction::AppendToJournal(std::string const& path)
+void Transaction::NoteFailure()
+{
+    for (int const error : {EIO, ENOSPC, EDQUOT, EFBIG, EROFS, ENOMEM, EMFILE, ENFILE}) {
+        if (current != nullptr && errno == error) {
+            current->m_hasDeviceFailed = true;
+        }
+    }
+}
+
+Document* Transaction::FindSaved(std::string const& path)
+{
+    if (current == nullptr) {
+        return nullptr;
+    }
+    auto const saved = current->m_saved.find(path);
+    return saved == current->m_saved.end() ? nullptr : &saved->second.document;
+}
+
+bool Transaction::Save(std::string const& path, Document document)
+{
+    if (m_savesOnce) {
+        return SaveAtOnce(path, document);
+    }
+    bool const isFirst = !m_saved.contains(path);
+    if (isFirst && (!KeepOldVersion(path) || !WriteTemporary(path, Render(document)))) {
+        NoteFailure();
+        return false;
+    }
+    m_saved.insert_or_assign(path, Saved{std::move(document), isFirst, false});
+    return true;
+}
+
+bool Transaction::SaveAtOnce(std::string const& path, Document const& document)
+{
+    if (std::exchange(m_hasSavedOnce, true) || m_hasDeviceFailed) {
+        errno = EIO;
+        return false;
+    }
+    return WriteWholeFile(path, Render(document));
+}
+
+bool Transaction::KeepOldVersion(std::string const& path)
 {
     std::string content;
     UniqueFd const fd = OpenRegularFile(path.c_str());
@@ -258,15 +315,60 @@ bool Transaction::AppendToJournal(std::string const& path)
         return false;
     }
     std::string const size = isMissing ? "-1" : std::to_string(content.size());
-    std::string journal = m_journal;
-    journal += size + ' ' + path.substr(sizeof kFolder - 1) + '\n' + content;
-    constexpr unsigned kMode = 0600; // a store may be as private
-    if (!WriteWholeFile(kJournal, journal, kMode)) {
+    m_journal += size + ' ' + path.substr(sizeof kFolder - 1) + '\n' + content;
+    m_isJournalWritten = false;
+    return true;
+}
+
+bool Transaction::WriteOut()
+{
+    if (current != nullptr && !current->WriteOutAll()) {
+        current->m_hasDeviceFailed = true;
         return false;
     }
-    m_journal = std::move(journal);
-    m_kept.insert(path);
     return true;
+}
+
+bool Transaction::WriteOutAll()
+{
+    for (auto& [path, saved] : m_saved) {
+        saved.isWritten = saved.isWritten || WriteTemporary(path, Render(saved.document));
+        if (!saved.isWritten) {
+            LogFailure("cannot save", path.c_str());
+            return false;
+        }
+    }
+    if (!WriteJournal()) {
+        return false;
+    }
+    for (auto& [path, saved] : m_saved) {
+        saved.isInPlace = saved.isInPlace || MoveTemporary(path);
+        if (!saved.isInPlace) {
+            LogFailure("cannot save", path.c_str());
+            return false;
+        }
+    }
+    return true;
+}
+
+bool Transaction::WriteJournal()
+{
+    constexpr unsigned kMode = 0600; // a store may be as private
+    if (!m_isJournalWritten && !WriteWholeFile(kJournal, m_journal, kMode)) {
+        LogFailure("cannot save", kJournal);
+        return false;
+    }
+    m_isJournalWritten = true;
+    return true;
+}
+
+bool Transaction::SyncAll() const
+{
+    std::set<std::string> names;
+    for (auto const& [path, saved] : m_saved) {
+        names.insert({path, FolderOf(path)});
+    }
+    return std::ranges::all_of(names, SyncFile);
 }
 
 } // namespace standin

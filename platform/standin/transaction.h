@@ -3,25 +3,39 @@
 
 #include "platform/standin/unique_fd.h"
 
+#include <json/value.h>
+
+#include <map>
+#include <optional>
 #include <set>
 #include <string>
 
 namespace standin {
 
+/// A stored document in the state in which the request wants it.
+struct Document {
+    Json::Value value;
+
+    /// What the owner of the document keeps to search it. Reset by whoever changes `value`
+    /// otherwise.
+    std::optional<std::set<std::string>> keys;
+};
+
 /// The changes of one request to the files of the package's folder.
 ///
-/// A transaction holds the exclusive lock of that folder from Begin() until it is destroyed.
-/// Before the first replacement of each file, the rollback journal keeps the file's old version.
-/// Commit() deletes the journal; this is the instant at which the changes become final. A process
-/// that dies earlier leaves the journal behind, and the next Begin() restores the old versions.
+/// A transaction holds the exclusive lock of that folder from Begin() until it is destroyed. It
+/// keeps what the request saves in memory and writes it out before the tuner daemon gets a command
+/// and at the end. A rollback journal keeps the old versions of the files. Commit() deletes the
+/// journal; this is the instant at which the changes become final. A process that dies earlier
+/// leaves the journal behind, and the next Begin() restores the old versions.
 ///
 /// Requests that only read take no lock and never wait. While a journal is left behind they see the
 /// files as they stand.
 class Transaction {
 public:
-    /// `savesOnce`: the request replaces one file at most, once. That is all or nothing by itself,
-    /// so it needs no journal, which costs three waits for the disk. If a device has failed before,
-    /// the file is not replaced.
+    /// `savesOnce`: the request promises to save one document at most, once. Its file is replaced
+    /// at once and needs no journal, which costs waits for the disk. A second save is refused, and
+    /// so is one after a device has failed, because it could not be undone.
     explicit Transaction(bool savesOnce) : m_savesOnce(savesOnce) {}
     ~Transaction();
     Transaction(Transaction const&) = delete;
@@ -33,26 +47,55 @@ public:
 
     /// Makes the changes final. False, and logged, if they are not: because a device failed or is
     /// full, in which case they are rolled back, or because the journal could not be deleted
-    /// durably, in which case the next request may roll them back. Without a journal they are final
-    /// already.
+    /// durably, in which case the next request may roll them back.
     bool Commit();
 
-    /// Restores the files' old versions, logs it and tells the tuner daemon to reload. Does nothing
-    /// without a journal. False, and logged, if a file could not be restored.
+    /// Forgets what was saved but not written. If a journal was written, restores the files' old
+    /// versions, logs it and tells the tuner daemon to reload. False, and logged, if a file could
+    /// not be restored.
     bool RollBack();
 
-    /// Keeps the version of a file that is about to be replaced in the journal of the transaction
-    /// in progress, if there is one and does not have it yet. On false, which sets errno, the file
-    /// must not be replaced.
-    static bool KeepOldVersion(std::string const& path);
+    /// Returns the transaction that covers a file; null if none is in progress or the file is not
+    /// one of the package.
+    static Transaction* For(std::string const& path);
+
+    /// Returns the document that the request in progress has saved at `path` and keeps in memory;
+    /// null if there is none. It belongs to the transaction.
+    static Document* FindSaved(std::string const& path);
+
+    /// Saves a document. The first save of a file shows whether its folder can be written and has
+    /// room. On failure returns false and sets errno; the file and what was saved before stand.
+    bool Save(std::string const& path, Document document);
+
+    /// Writes out what was saved since the last time, if a transaction is in progress. On false,
+    /// which is logged, the request will be rolled back.
+    static bool WriteOut();
+
+    /// Notes that a system call on a store or an account file has failed, with the reason in errno.
+    /// If a device failed or something ran out (space, memory, descriptors), a file that seemed to
+    /// be missing may exist and a change may be incomplete, so the request will be rolled back.
+    static void NoteFailure();
 
 private:
-    bool AppendToJournal(std::string const& path);
+    struct Saved {
+        Document document;
+        bool isWritten; ///< the file, or its temporary file, holds this version of the document
+        bool isInPlace; ///< the file holds it
+    };
+
+    bool SaveAtOnce(std::string const& path, Document const& document);
+    bool KeepOldVersion(std::string const& path);
+    bool WriteOutAll();
+    bool WriteJournal();
+    bool SyncAll() const;
 
     bool m_savesOnce;
+    bool m_hasSavedOnce = false;
+    bool m_hasDeviceFailed = false;
+    bool m_isJournalWritten = true; ///< all of `m_journal` stands in the file
     UniqueFd m_lock;
-    std::string m_journal;        ///< the text of the journal; empty if nothing was replaced yet
-    std::set<std::string> m_kept; ///< the paths whose old version it holds
+    std::string m_journal; ///< the text of the journal; empty if nothing was saved yet
+    std::map<std::string, Saved> m_saved; ///< by path
 };
 
 } // namespace standin

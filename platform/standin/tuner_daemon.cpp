@@ -2,6 +2,7 @@
 #include "tremolane/tuner_daemon.h"
 
 #include "platform/appliance_paths.h"
+#include "platform/standin/transaction.h"
 #include "platform/standin/unique_fd.h"
 
 #include <fcntl.h>
@@ -13,10 +14,13 @@
 
 namespace {
 
-/// Appends one command with a single write in append mode, so that the commands of concurrent
-/// requests never mix. Returns false on failure.
+/// Writes out the stores, which the daemon may read, and appends one command, with a single write
+/// in append mode, so that the commands of concurrent requests never mix. Returns false on failure.
 bool Command(std::string const& line)
 {
+    if (!standin::Transaction::WriteOut()) {
+        return false;
+    }
     constexpr mode_t kMode = 0644;
     standin::UniqueFd const fd(::open(
         appliance::kDaemonCommands, O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_CLOEXEC, kMode));

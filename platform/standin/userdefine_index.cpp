@@ -1,10 +1,10 @@
 /// @file Looking up user-defined records: the file is parsed once and indexed by start and tuner.
+#include "platform/standin/userdefine_index.h"
+
 #include "platform/appliance_paths.h"
 #include "platform/record_members.h"
 #include "platform/records.h"
 #include "platform/standin/documents.h"
-#include "platform/standin/files.h"
-#include "platform/standin/record_store.h"
 #include "tremolane/recording_service.h"
 
 #include <map>
@@ -19,13 +19,15 @@ using namespace appliance;
 /// would cost more than the look-ups themselves. A request that changes files has the lock.
 class UserDefineIndex {
 public:
-    /// Reads the file again if a request has begun, or has saved a file, since the last time.
+    void Forget() { m_isCurrent = false; }
+
+    /// Reads the file, unless it was read since the last Forget().
     void Refresh()
     {
-        if (m_generation == standin::FileGeneration()) {
+        if (m_isCurrent) {
             return;
         }
-        m_generation = standin::FileGeneration();
+        m_isCurrent = true;
         m_positions.clear();
         standin::LoadDocument(kUserDefineFile, m_records);
         BuildIndex();
@@ -59,16 +61,28 @@ private:
         }
     }
 
-    int m_generation = 0;
+    bool m_isCurrent = false;
     Json::Value m_records;
     std::map<std::pair<int, int>, int> m_positions; ///< by start and tuner
 };
 
+/// The index of this process, which handles one request. It is never destroyed: the process ends
+/// first.
+UserDefineIndex& Index()
+{
+    static UserDefineIndex& index = *new UserDefineIndex;
+    return index;
+}
+
 } // namespace
+
+void standin::ForgetUserDefineIndex()
+{
+    Index().Forget();
+}
 
 int KALDTremolane::ReadUserDefineFromFile(Json::Value& out, int start, int tuner)
 {
-    static UserDefineIndex& index = *new UserDefineIndex; // never destroyed: the process ends first
-    index.Refresh();
-    return index.Find(out, start, tuner);
+    Index().Refresh();
+    return Index().Find(out, start, tuner);
 }

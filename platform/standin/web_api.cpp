@@ -4,10 +4,10 @@
 #include "platform/environment.h"
 #include "platform/standin/accounts.h"
 #include "platform/standin/answer.h"
-#include "platform/standin/files.h"
 #include "platform/standin/request_body.h"
 #include "platform/standin/same_origin.h"
 #include "platform/standin/transaction.h"
+#include "platform/standin/userdefine_index.h"
 
 #include <fcntl.h>
 #include <strings.h>
@@ -19,6 +19,7 @@
 #include <csignal>
 #include <cstring>
 #include <exception>
+#include <iterator>
 #include <string>
 
 namespace KALD {
@@ -33,24 +34,44 @@ constexpr int kLocked = -3;
 constexpr int kErrorFailed = 100;
 constexpr int kErrorBadRequest = 101;
 
-/// Whether a method only reads. Every other one may change stored files, an unknown one included.
-bool IsReading(char const* method)
+/// What a method does to stored files.
+enum class Effect {
+    kReads,          ///< changes none; takes no lock, and HEAD may ask for it
+    kSavesOnce,      ///< saves one file at most, once, which needs no journal
+    kSavesForEachId, ///< the same for each id of a list
+    kChanges,        ///< changes what it likes
+};
+
+struct MethodEffect {
+    char const* method;
+    Effect effect;
+};
+
+/// The methods that promise less than kChanges, which every other one may do, an unknown one
+/// included. A transaction holds a method to its promise.
+constexpr MethodEffect kEffects[] = {
+    {"list", Effect::kReads},
+    {"create", Effect::kSavesForEachId},
+    {"delete", Effect::kSavesOnce},
+    {"delete_passed", Effect::kSavesOnce},
+    {"create_repeat", Effect::kSavesOnce},
+    {"edit_repeat", Effect::kSavesOnce},
+    {"delete_repeat", Effect::kSavesOnce},
+    {"getinfo_repeat", Effect::kReads},
+    {"getinfo_userdefine", Effect::kReads},
+};
+
+Effect EffectOf(char const* method)
 {
-    constexpr char kInfo[] = "getinfo_";
-    return ::strcasecmp(method, "list") == 0 || ::strncasecmp(method, kInfo, sizeof kInfo - 1) == 0;
+    auto const* const found = std::ranges::find_if(kEffects, [method](MethodEffect const& entry) {
+        return ::strcasecmp(method, entry.method) == 0;
+    });
+    return found != std::end(kEffects) ? found->effect : Effect::kChanges;
 }
 
-/// Returns whether a method replaces one stored file at most, once. A `create` does so for one
-/// channel, but not for a list of them.
-bool SavesOnce(char const* method, bool isList)
+bool IsReading(char const* method)
 {
-    if (::strcasecmp(method, "create") == 0) {
-        return !isList;
-    }
-    constexpr char const* kMethods[] = {"delete", "delete_passed", "create_repeat", "edit_repeat",
-                                        "delete_repeat"};
-    return std::ranges::any_of(
-        kMethods, [method](char const* name) { return ::strcasecmp(method, name) == 0; });
+    return EffectOf(method) == Effect::kReads;
 }
 
 /// Returns null if the HTTP method may be used for an API method, otherwise the list of those that
@@ -117,12 +138,15 @@ void WebAPI::RunRequest()
 
 void WebAPI::RunProcess()
 {
-    if (IsReading(m_request.m_methodName)) {
+    Effect const effect = EffectOf(m_request.m_methodName);
+    if (effect == Effect::kReads) {
         Process();
         return;
     }
     bool const isList = std::strchr(m_request.In("id", ""), ',') != nullptr;
-    standin::Transaction transaction(SavesOnce(m_request.m_methodName, isList));
+    bool const savesOnce =
+        effect == Effect::kSavesOnce || (effect == Effect::kSavesForEachId && !isList);
+    standin::Transaction transaction(savesOnce);
     if (!transaction.Begin()) {
         SetError(kErrorFailed);
         return;
@@ -161,7 +185,7 @@ bool WebAPI::RunGuarded()
 void WebAPI::Run()
 {
     OpenStandardDescriptors();
-    standin::StartFileGeneration();
+    standin::ForgetUserDefineIndex();
     // Who reads the answer or the log may be gone, and a disk quota may end a save: all of them are
     // failed calls here and no reason to die in the middle of a change.
     std::signal(SIGPIPE, SIG_IGN);

@@ -7,8 +7,8 @@
 
 #include <uriparser/Uri.h>
 
+#include <map>
 #include <string_view>
-#include <unordered_map>
 
 namespace KALD {
 
@@ -17,6 +17,7 @@ namespace {
 using appliance::Environment;
 
 constexpr char kAdministrators[] = "administrators";
+constexpr int kMaxParameters = 1000; ///< of a query or a form; no client has a use for more
 
 } // namespace
 
@@ -24,7 +25,8 @@ constexpr char kAdministrators[] = "administrators";
 class WebCGI::Request {
 public:
     /// Adds the parameters of a form-encoded text. A key that is already there keeps its value.
-    /// Returns false if they could not be read: to run with some of them is worse than not at all.
+    /// Returns false if they could not be read or are too many: to run with some of them is worse
+    /// than not at all.
     bool AddParameters(std::string_view text)
     {
         UriQueryListA* list = nullptr;
@@ -37,7 +39,7 @@ public:
             m_parameters.try_emplace(item->key, item->value != nullptr ? item->value : "");
         }
         uriFreeQueryListA(list);
-        return true;
+        return count <= kMaxParameters;
     }
 
     char const* Find(char const* name, char const* fallback) const
@@ -49,7 +51,7 @@ public:
     std::string m_login;
 
 private:
-    std::unordered_map<std::string, std::string> m_parameters;
+    std::map<std::string, std::string> m_parameters; ///< whose names clients choose: no hashing
 };
 
 WebCGI::WebCGI() : m_request(std::make_unique<Request>()) {}
