@@ -56,6 +56,7 @@ def test_client_lists_creates_edits_handles_an_error_and_deletes(web_server, lan
     for words in "Harbour", "wetter", "10:40", "Tea & scones", "overlap", "stays":
         _, found, rest = rest.partition(words)
         assert found, f"'{words}' is missing, or not where it belongs, in:\n{printed}"
+    assert language != "python" or printed.count("12:30:00 Mittagswetter") == 6  # a rule's days
     assert b"Tea & scones" not in b"".join(web_server.appliance.snapshot().values())
 
 
