@@ -111,7 +111,8 @@ def test_network_location(other, location, host, port):
     ({"HTTP_HOST": BOX + ":81/x", "REQUEST_URI": "/a/webapi"}, PORTS + HOST,
      {"relayd": BOX + "\\n"}, f"81 {BOX} https://{BOX}/direct/a", "r"),
     ({"HTTP_HOST": BOX + ":1"}, HOST, {"relayd": "Box.a"}, "1 out http://out:1", "r"),
-    ({"HTTP_HOST": "box"}, 'external_host_ip="ou\n', {"relayd": BOX}, ' "ou http://"ou', "r")], ids=str)
+    ({"HTTP_HOST": "box"}, 'external_host_ip="ou\n', {"relayd": BOX}, ' "ou http://"ou', "r")],
+    ids=str)
 def test_external_address(other, environment, settings, tools, address, started):
     install(other, **tools)
     other.store(**{"etc/kaldinfo.conf": settings, "started": ""})
