@@ -66,6 +66,10 @@ def in_forms(name, value):
     return value
 
 
+def dangling_link(path):
+    path.symlink_to("volume/that/is/away")
+
+
 class Appliance:
     """A tree at the build's APPLIANCE_ROOT. Files are named by FILES, or by their path."""
 
@@ -85,12 +89,15 @@ class Appliance:
         return self.root / FILES.get(name, name)
 
     def store(self, **files):
-        """Writes files: a list of schedules or a document, a text as it stands; None removes."""
+        """Writes files: a list of schedules or a document, a text as it stands; None removes. A
+        function makes the file itself, from its path."""
         self.settle()
         for name, value in files.items():
             path = self.path(name)
             path.unlink(missing_ok=True)
-            if value is not None:
+            if callable(value):
+                value(path)
+            elif value is not None:
                 text = value if isinstance(value, str) else json.dumps(in_forms(name, value))
                 path.parent.mkdir(parents=True, exist_ok=True)
                 path.write_text(text, encoding="utf-8", errors="surrogateescape")

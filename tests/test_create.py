@@ -18,7 +18,9 @@ def made(start=1000, service=7, frequency=474):
 @pytest.mark.parametrize("changes, record", [
     ({}, made()), ({"id": "7"}, made(frequency=None)), ({"id": "7@0"}, made(frequency=0)),
     ({"id": "0@1"}, made(service=0, frequency=1)), ({"id": "007@0474"}, made()),
-    ({"start_time": 2**31 - 1}, made(2**31 - 1))], ids=str)
+    ({"start_time": 2**31 - 1}, made(2**31 - 1)),
+    *(({"tuner": text}, made()) for text in ("", "0x", "../../etc/passwd", "0\0/../x", "00"))],
+    ids=str)
 def test_create(appliance, changes, record):
     others = [made(1000, 8), made(9)]
     assert create(appliance.store(one_shot=others), **changes) == Answer()

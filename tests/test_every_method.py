@@ -1,6 +1,6 @@
 """What is alike in several methods: bad parameters, the user, and files and a daemon that fail."""
 import pytest
-from conftest import FOLDER, Answer
+from conftest import FOLDER, Answer, dangling_link
 from every_method import STORED, query_of
 from faults import daemon_fails, not_told, unsaved
 from schedules import SHOW, WEEKLY
@@ -69,12 +69,10 @@ LOAD, SAVE = "cannot load {}: {}", "cannot save {}: Operation not permitted"
     ("getinfo_repeat", "repeat", 100, "schedule_recording:926 Fail to load file {}", None)])
 def test_file_not_loaded_or_not_saved(appliance, name, file, code, loading, saving):
     path = appliance.path(file)
-    for text, reason in ("[", "it is not JSON"), ("{}", "it holds no array"):
-        answer = appliance.store(**{file: text}).request(**query_of(name))
+    for stored, reason in (("[", "it is not JSON"), ("{}", "it holds no array"),
+                           (dangling_link, "No such device or address")):
+        answer = appliance.store(**{file: stored}).request(**query_of(name))
         assert answer == Answer(code, log=[loading.format(path, reason)])
-    appliance.store(**{file: None}).path(file).symlink_to("volume/that/is/away")
-    log = loading.format(path, "No such device or address")
-    assert appliance.request(**query_of(name)) == Answer(code, log=[log])
     if saving:
         under = unsaved(appliance.store(**STORED), file)
         answer = appliance.request(under=under, **query_of(name))
