@@ -25,18 +25,19 @@ def other(build, appliance):
 
 def ask(other, *questions, under=(), user="admin", query="", **environment):
     environment["QUERY_STRING"] = f"ask={','.join(questions)}&{query}".replace(" ", "%20")
-    answer = other.run(environment, is_described=False, user=user, under=under)
+    answer = other.run(environment, "body", is_described=False, user=user, under=under)
     other.forget()  # the tools leave files
     return answer
 
 
 def install(other, **tools):
-    """Tools that print a text and note that they were started with the right argument."""
+    """Tools that note that they were started with the right argument, and print a text and what
+    they are sent."""
     for name, text in tools.items():
         argument = {"ddnsinfo": "--get-hostname", "relayd": "-p"}[name]
         path = f"usr/kald/sbin/kald{name}"
         other.store(**{path: f"#!/bin/sh\n[ \"$*\" = {argument} ] || exit\n"
-                       f"printf {name[0]} >>{other.root}/started\nprintf '{text}'\n"})
+                       f"printf {name[0]} >>{other.root}/started\nprintf '{text}'; cat\n"})
         other.path(path).chmod(0o755)
 
 
