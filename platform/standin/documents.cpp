@@ -30,6 +30,7 @@ Load LoadDocument(std::string const& path, Json::Value& document,
         Transaction::NoteFailure();
         return Load::kUnreadable;
     }
+    Transaction::KeepLoaded(path, text);
     return ParseJson(std::move(text), document, wanted) ? Load::kLoaded : Load::kNotJson;
 }
 

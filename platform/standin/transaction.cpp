@@ -3,8 +3,9 @@
 /// A request that changes files goes through these steps:
 /// 1. Begin() takes the lock. If there is a journal, its request never ended: its old versions are
 ///    restored and synced, the daemon is told, and the journal is deleted.
-/// 2. The first save of a file adds the file's old version to the journal in memory and writes the
-///    new one to a temporary file. Later saves of it stay in memory.
+/// 2. The journal in memory gets each store that the request loads. The first save of a file adds
+///    its old version, if it was not loaded, and writes the new one to a temporary file. Later
+///    saves of it stay in memory.
 /// 3. Before a command goes to the daemon, and at the end: the journal is written and synced with
 ///    its folder if it has new entries; then the temporary files are moved to their places.
 /// 4. Commit() syncs the changed files and their folders, once each, and deletes the journal. The
@@ -233,7 +234,7 @@ bool Transaction::Commit()
         return false;
     }
     current = nullptr;
-    return m_journal.empty() || DeleteJournal();
+    return !m_hasJournal || DeleteJournal();
 }
 
 bool Transaction::RollBack()
@@ -243,7 +244,6 @@ bool Transaction::RollBack()
         RemoveTemporaryOf(path);
     }
     m_saved.clear();
-    m_journal.clear();
     RemoveTemporaryOf(kJournal);
     UniqueFd const journal = OpenOwn(kJournal, 0);
     if (!journal && errno == ENOENT) {
@@ -306,18 +306,39 @@ bool Transaction::SaveAtOnce(std::string const& path, Document const& document)
     return WriteWholeFile(path, Render(document));
 }
 
+void Transaction::KeepLoaded(std::string const& path, std::string_view text)
+{
+    bool const isStore = path.ends_with(".json"); // and no setting, which others may change
+    if (isStore && For(path) != nullptr && !current->m_savesOnce) {
+        current->Keep(path, std::to_string(text.size()), text);
+    }
+}
+
 bool Transaction::KeepOldVersion(std::string const& path)
 {
+    if (m_kept.contains(path)) {
+        return true;
+    }
     std::string content;
     UniqueFd const fd = OpenRegularFile(path.c_str());
     bool const isMissing = !fd && errno == ENOENT;
     if (!isMissing && (!fd || !ReadText(fd.Get(), content))) {
         return false;
     }
-    std::string const size = isMissing ? "-1" : std::to_string(content.size());
-    m_journal += size + ' ' + path.substr(sizeof kFolder - 1) + '\n' + content;
-    m_isJournalWritten = false;
+    Keep(path, isMissing ? "-1" : std::to_string(content.size()), content);
     return true;
+}
+
+void Transaction::Keep(std::string const& path, std::string_view size, std::string_view text)
+{
+    if (m_kept.insert(path).second) {
+        m_journal.append(size)
+            .append(" ")
+            .append(path, sizeof kFolder - 1)
+            .append("\n")
+            .append(text);
+        m_isJournalComplete = false;
+    }
 }
 
 bool Transaction::WriteOut()
@@ -338,8 +359,8 @@ bool Transaction::WriteOutAll()
             return false;
         }
     }
-    if (!WriteJournal()) {
-        return false;
+    if (m_saved.empty() || !WriteJournal()) {
+        return m_saved.empty();
     }
     for (auto& [path, saved] : m_saved) {
         saved.isInPlace = saved.isInPlace || MoveTemporary(path);
@@ -354,11 +375,14 @@ bool Transaction::WriteOutAll()
 bool Transaction::WriteJournal()
 {
     constexpr unsigned kMode = 0600; // a store may be as private
-    if (!m_isJournalWritten && !WriteWholeFile(kJournal, m_journal, kMode)) {
+    if (m_isJournalComplete) {
+        return true;
+    }
+    if (!WriteWholeFile(kJournal, m_journal, kMode)) {
         LogFailure("cannot save", kJournal);
         return false;
     }
-    m_isJournalWritten = true;
+    m_hasJournal = m_isJournalComplete = true;
     return true;
 }
 

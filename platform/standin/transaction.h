@@ -9,6 +9,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 
 namespace standin {
 
@@ -63,6 +64,10 @@ public:
     /// null if there is none. It belongs to the transaction.
     static Document* FindSaved(std::string const& path);
 
+    /// Keeps the version of a store that the request in progress has loaded. If the journal has the
+    /// old versions of all stores that the request may save, it is written only once.
+    static void KeepLoaded(std::string const& path, std::string_view text);
+
     /// Saves a document. The first save of a file shows whether its folder can be written and has
     /// room. On failure returns false and sets errno; the file and what was saved before stand.
     bool Save(std::string const& path, Document document);
@@ -85,6 +90,7 @@ private:
 
     bool SaveAtOnce(std::string const& path, Document const& document);
     bool KeepOldVersion(std::string const& path);
+    void Keep(std::string const& path, std::string_view size, std::string_view text);
     bool WriteOutAll();
     bool WriteJournal();
     bool SyncAll() const;
@@ -92,9 +98,11 @@ private:
     bool m_savesOnce;
     bool m_hasSavedOnce = false;
     bool m_hasDeviceFailed = false;
-    bool m_isJournalWritten = true; ///< all of `m_journal` stands in the file
+    bool m_hasJournal = false;       ///< the file of the journal was written
+    bool m_isJournalComplete = true; ///< it holds all of `m_journal`
     UniqueFd m_lock;
-    std::string m_journal; ///< the text of the journal; empty if nothing was saved yet
+    std::string m_journal;                ///< the text of the journal
+    std::set<std::string> m_kept;         ///< the paths whose old version it holds
     std::map<std::string, Saved> m_saved; ///< by path
 };
 
