@@ -1,6 +1,6 @@
-/// @file The baseline for `list`, a CGI program too. With jsoncpp alone it reads the same three files
-/// and writes an answer with the same members and of the same size. It does not sort, look up or
-/// check anything, and computes no dates.
+/// @file The baseline for `list`, a CGI program too. With jsoncpp alone it reads the same three
+/// files and writes an answer with the same members and of the same size. It does not sort, look up
+/// or check anything, and computes no dates.
 #include "bench/load_document.h"
 #include "platform/appliance_paths.h"
 #include "platform/record_members.h"
