@@ -244,6 +244,7 @@ bool Transaction::RollBack()
         RemoveTemporaryOf(path);
     }
     m_saved.clear();
+    std::string().swap(m_journal); // its memory may be all that is left to read the file into
     RemoveTemporaryOf(kJournal);
     UniqueFd const journal = OpenOwn(kJournal, 0);
     if (!journal && errno == ENOENT) {

@@ -153,12 +153,12 @@ void WebAPI::RunProcess()
     }
     try {
         Process();
+        if (!transaction.Commit()) {
+            SetError(kErrorFailed);
+        }
     } catch (...) { // out of memory, most likely: to end in the middle of a change is no end
         transaction.RollBack();
         throw;
-    }
-    if (!transaction.Commit()) {
-        SetError(kErrorFailed);
     }
 }
 
