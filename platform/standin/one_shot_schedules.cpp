@@ -66,6 +66,11 @@ std::string KeyText(int start, std::string const& service)
     return std::to_string(start) + ' ' + service;
 }
 
+std::string KeyText(ScheduleKey const& key)
+{
+    return KeyText(key.start, std::to_string(key.service));
+}
+
 /// Returns the texts of all schedules in a store, as KeyText() has them.
 std::set<std::string> KeysOf(Json::Value const& records)
 {
@@ -76,18 +81,18 @@ std::set<std::string> KeysOf(Json::Value const& records)
     return keys;
 }
 
-/// Adds the key of a schedule that is about to be appended. Returns false if it is stored already.
-/// A list of channels must not search the store for each of them, so a store that the request has
-/// saved before gets an index. For the first look a search is cheaper.
-bool AddKey(Document& records, ScheduleKey const& key, bool isSavedBefore)
+/// Returns the keys of a store that the request has saved before, so that a list of schedules does
+/// not search it for each of them. Null for another store: the first search costs less than an
+/// index.
+std::set<std::string>* FindKeys(std::string const& path, Document& records)
 {
-    if (!isSavedBefore) {
-        return std::none_of(records.value.begin(), records.value.end(), Names{key});
+    if (standin::Transaction::FindSaved(path) == nullptr) {
+        return nullptr;
     }
     if (!records.keys) {
         records.keys = KeysOf(records.value);
     }
-    return records.keys->insert(KeyText(key.start, std::to_string(key.service))).second;
+    return &*records.keys;
 }
 
 } // namespace
@@ -110,9 +115,11 @@ bool GetSchedule(Json::Value& out, int tuner)
 bool AddSchedule(Json::Value& out, int tuner, std::string id, std::string start, char const* uid)
 {
     std::string const path = OneShotFile(tuner);
-    bool const isSavedBefore = standin::Transaction::FindSaved(path) != nullptr;
     auto const add = [=](Document& records, ScheduleKey const& key) {
-        if (!AddKey(records, key, isSavedBefore)) {
+        auto* const keys = FindKeys(path, records);
+        bool const isNew = keys != nullptr ? keys->insert(KeyText(key)).second
+                                           : std::ranges::none_of(records.value, Names{key});
+        if (!isNew) {
             return EEXIST;
         }
         Json::Value record = standin::NewRecord(key, kStatusWaiting, tuner, uid);
@@ -125,11 +132,13 @@ bool AddSchedule(Json::Value& out, int tuner, std::string id, std::string start,
 
 bool DelSchedule(Json::Value& out, int tuner, char const* channelId, char const* start)
 {
-    auto const remove = [](Document& records, ScheduleKey const& key) {
-        records.keys.reset();
-        return DropRecords(records.value, Names{key}) ? 0 : ENOENT;
+    std::string const path = OneShotFile(tuner);
+    auto const remove = [&path](Document& records, ScheduleKey const& key) {
+        auto* const keys = FindKeys(path, records);
+        bool const isStored = keys == nullptr || keys->erase(KeyText(key)) > 0;
+        return isStored && DropRecords(records.value, Names{key}) ? 0 : ENOENT;
     };
-    return ChangeSchedule(out, OneShotFile(tuner), channelId, start, remove);
+    return ChangeSchedule(out, path, channelId, start, remove);
 }
 
 bool ScheduleDeletePass(Json::Value& out, int tuner)

@@ -17,6 +17,8 @@
 
 namespace {
 
+using namespace appliance;
+
 constexpr int kNamesNone = 0; ///< also the start of a text that is no number
 
 /// Returns the starts that a comma-separated list names, in its order.
@@ -47,11 +49,14 @@ void ScheduleRecordingAPI::DeleteUserDefine()
             return;
         }
     } else {
+        std::set<int> deletedRules; // to delete one again would rewrite its file without a change
         for (int const start : starts) {
-            if (start != kNamesNone &&
+            if (start != kNamesNone && !deletedRules.contains(start) &&
                 KALDTremolane::ReadUserDefineFromFile(m_userDefineRecord, start, *tuner) >= 0) {
                 ScopedFlag const deleting(m_deleteOld);
-                DeleteRecordedSchedule();
+                if (DeleteRecordedSchedule() && FlagOf(m_userDefineRecord, member::kIsRepeat)) {
+                    deletedRules.insert(start);
+                }
             }
         }
         ReloadDaemon();
@@ -63,6 +68,6 @@ void ScheduleRecordingAPI::DeleteUserDefine()
 
 bool ScheduleRecordingAPI::DeleteRecordedSchedule()
 {
-    bool const isRepeat = appliance::FlagOf(m_userDefineRecord, appliance::member::kIsRepeat);
+    bool const isRepeat = FlagOf(m_userDefineRecord, member::kIsRepeat);
     return isRepeat ? DeleteRepeatSchedule() : DeleteSchedule() != 0;
 }
