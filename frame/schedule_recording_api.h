@@ -11,17 +11,17 @@
 
 /// One request of the scheduled-recording API.
 ///
-/// Every method is a member operation, so that methods can call each other. The user-defined
+/// Every method is a member function, so that methods can call each other. The user-defined
 /// methods re-enter the plain ones, which read their parameters through GetParam() and therefore do
-/// not need to know on whose behalf they run. An operation reports a failure with SetError(); an
-/// operation that other methods call also returns a result for them.
+/// not need to know on whose behalf they run. A method reports a failure with SetError(); one
+/// that other methods call can also return a result for them.
 class ScheduleRecordingAPI : public Tremolane::VideoWebAPI {
 public:
     /// Checks the privilege and runs the method that the request names. An unknown method does
     /// nothing.
     void Process() override;
 
-    // The following operations use no request and no object.
+    // The following functions use no request and no object.
 
     /// Merges the records of the repeat file into `view["schedules"]`, which holds the one-shot
     /// schedules or is null. The result is sorted by start time; of schedules with the same start
@@ -72,17 +72,16 @@ protected:
     /// Answers the details of one repeat schedule.
     void GetRepeatInfo();
 
-    /// Answers the form of one user-defined schedule, or of a new one.
+    /// Answers one user-defined schedule, or the defaults of a new one, as a client edits it.
     void GetUserDefineInfo();
 
     /// Stores one or several one-shot schedules. Returns true if all were stored and the daemon
     /// reloaded.
     bool CreateSchedule();
 
-    /// Deletes a one-shot schedule and stops its recording, or stops the tuner's recording. Returns
-    /// 0 after a success under `delete_userdefine`, whose caller reloads the daemon, and otherwise
-    /// 1, after a failure too.
-    int DeleteSchedule();
+    /// Deletes a one-shot schedule and stops its recording, or stops the tuner's recording. Leaves
+    /// the reload of the daemon to `delete_userdefine`, if that is the request's method.
+    void DeleteSchedule();
 
     /// Deletes a tuner's one-shot schedules that have ended.
     void DeletePassedSchedule();
@@ -132,9 +131,8 @@ protected:
     std::optional<std::string> CheckCanStore(bool isRepeat);
 
     /// Saves the record of the schedule that the parameters describe; it replaces a record of the
-    /// same start and tuner. Returns its start in epoch seconds, or -1 if it could not be saved.
-    /// Without a tuner, or with a start below 1, nothing is saved either, and the start is
-    /// returned.
+    /// same start and tuner. Returns its start in epoch seconds, or -1 if nothing was saved: a
+    /// start below 1 is not.
     int SaveUserDefineRecord();
 
     /// The stage of an edit that changes the stores: deletes the old schedule and creates the new

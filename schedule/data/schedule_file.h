@@ -1,7 +1,7 @@
 /// @file Files of schedule records, as the methods load them themselves.
 #pragma once
 
-#include "schedule/data/support_log.h"
+#include "schedule/support_log.h"
 
 #include <json/value.h>
 

@@ -7,12 +7,9 @@
 
 namespace {
 
-constexpr int kNoStart = -1;
-
 /// A repeat schedule as both methods are given it.
 struct RepeatSchedule {
-    int start = kNoStart; ///< epoch seconds; negative if absent or no number
-    bool hasStart = false;
+    int start = -1; ///< epoch seconds; negative if absent or no number
     bool isWeekly = true;
     bool hasWeekly = false;
     std::string id;       ///< channel unique id
@@ -26,10 +23,7 @@ RepeatSchedule ReadRepeatSchedule(Get const& get)
 {
     using namespace KALD::WebAPIUtil;
     RepeatSchedule schedule;
-    schedule.hasStart = ParseInt(std::string(get("start_time", "-1")).c_str(), &schedule.start);
-    if (!schedule.hasStart) {
-        schedule.start = kNoStart; // a failed parse may have written to it
-    }
+    ParseInt(std::string(get("start_time", "-1")).c_str(), &schedule.start);
     schedule.hasWeekly = ParseBool(std::string(get("isweekly", "")).c_str(), &schedule.isWeekly);
     schedule.id = get("id", "");
     schedule.weekdays = get("weekdaystatus", "");
@@ -72,8 +66,8 @@ void ScheduleRecordingAPI::EditRepeatSchedule()
     RepeatSchedule const schedule = ReadRepeatSchedule(
         [this](char const* key, char const* fallback) { return m_request.In(key, fallback); });
     std::optional<int> const tuner = RequestTuner();
-    if (!tuner || !schedule.hasStart || !schedule.hasWeekly || schedule.start < 0 ||
-        schedule.endDate.empty() || schedule.weekdays.empty() ||
+    if (!tuner || !schedule.hasWeekly || schedule.start < 0 || schedule.endDate.empty() ||
+        schedule.weekdays.empty() ||
         !IsWeekdaySelected(schedule.start, schedule.weekdays.c_str())) {
         SetError(kErrorBadParameter);
         return;

@@ -8,15 +8,11 @@
 
 namespace {
 
-// The results of DeleteSchedule(). The second one does not tell a failure from a success.
-constexpr int kReloadLeftToCaller = 0;
-constexpr int kEnded = 1;
-
 constexpr int kAny = -1; ///< given three times, it stops whatever the tuner records
 
 } // namespace
 
-int ScheduleRecordingAPI::DeleteSchedule()
+void ScheduleRecordingAPI::DeleteSchedule()
 {
     std::string const start = GetParam("id", "");
     std::string const channelId = GetParam("channel_id", "");
@@ -28,24 +24,22 @@ int ScheduleRecordingAPI::DeleteSchedule()
                    (channelId.empty() || KALDTremolane::KALDVideoDTVParserUniqueId(
                                              channelId.c_str(), &service, &frequency) != 0))) {
         SetError(kErrorBadParameter);
-        return kEnded;
+        return;
     }
     Json::Value out;
     if (namesSchedule &&
         !KALDTremolane::DelSchedule(out, *tuner, channelId.c_str(), start.c_str())) {
         ReportLibraryError(out);
-        return kEnded;
+        return;
     }
     int const startTime = namesSchedule ? static_cast<int>(ParseNumberPrefix(start.c_str())) : kAny;
     if (!KALDDTVDStopRecording(*tuner, startTime, frequency, service)) {
         SetError(kErrorFailed);
-        return kEnded;
+        return;
     }
-    if (IsMethod("delete_userdefine")) {
-        return kReloadLeftToCaller; // once for the whole list
+    if (!IsMethod("delete_userdefine")) { // which reloads once for the whole list
+        ReloadDaemon();
     }
-    ReloadDaemon();
-    return kEnded;
 }
 
 void ScheduleRecordingAPI::DeletePassedSchedule()

@@ -4,26 +4,21 @@
 
 #include "frame/web_api_error.h"
 #include "kald/web_api_util.h"
-#include "schedule/userdefine/scoped_flag.h"
 
 bool ScheduleRecordingAPI::CreateUserDefine()
 {
-    m_innerCreate = false;
     bool isRepeat = false;
-    bool const isParsed = KALD::WebAPIUtil::ParseBool(GetParam("is_repeat", "").c_str(), &isRepeat);
+    KALD::WebAPIUtil::ParseBool(GetParam("is_repeat", "").c_str(), &isRepeat);
     int const start = SaveUserDefineRecord();
-    std::optional<int> const tuner = RequestTuner();
-    if (!isParsed || start < 1 || !tuner) {
+    if (start < 1) {
         SetError(kErrorBadParameter);
         return false;
     }
-    bool isStored = false;
-    {
-        ScopedFlag const inner(m_innerCreate);
-        isStored = isRepeat ? CreateRepeatSchedule() : CreateSchedule();
-    }
+    m_innerCreate = true;
+    bool const isStored = isRepeat ? CreateRepeatSchedule() : CreateSchedule();
+    m_innerCreate = false;
     if (!isStored) {
-        RemoveUserDefineRecord(start, *tuner);
+        RemoveUserDefineRecord(start, *RequestTuner()); // without a tuner nothing was saved
     }
     return isStored;
 }

@@ -7,7 +7,6 @@
 #include "kald/web_api_util.h"
 #include "platform/record_members.h"
 #include "platform/records.h"
-#include "schedule/userdefine/scoped_flag.h"
 #include "schedule/userdefine/userdefine_file.h"
 #include "tremolane/recording_service.h"
 
@@ -53,8 +52,10 @@ void ScheduleRecordingAPI::DeleteUserDefine()
         for (int const start : starts) {
             if (start != kNamesNone && !deletedRules.contains(start) &&
                 KALDTremolane::ReadUserDefineFromFile(m_userDefineRecord, start, *tuner) >= 0) {
-                ScopedFlag const deleting(m_deleteOld);
-                if (DeleteRecordedSchedule() && FlagOf(m_userDefineRecord, member::kIsRepeat)) {
+                m_deleteOld = true;
+                bool const isDeleted = DeleteRecordedSchedule();
+                m_deleteOld = false;
+                if (isDeleted && FlagOf(m_userDefineRecord, member::kIsRepeat)) {
                     deletedRules.insert(start);
                 }
             }
@@ -68,6 +69,9 @@ void ScheduleRecordingAPI::DeleteUserDefine()
 
 bool ScheduleRecordingAPI::DeleteRecordedSchedule()
 {
-    bool const isRepeat = FlagOf(m_userDefineRecord, member::kIsRepeat);
-    return isRepeat ? DeleteRepeatSchedule() : DeleteSchedule() != 0;
+    if (FlagOf(m_userDefineRecord, member::kIsRepeat)) {
+        return DeleteRepeatSchedule();
+    }
+    DeleteSchedule();
+    return true; // after an error too
 }

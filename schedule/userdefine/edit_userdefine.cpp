@@ -14,8 +14,7 @@
 #include "platform/records.h"
 #include "platform/schedule_status.h"
 #include "schedule/data/schedule_file.h"
-#include "schedule/data/support_log.h"
-#include "schedule/userdefine/scoped_flag.h"
+#include "schedule/support_log.h"
 #include "tremolane/recording_service.h"
 
 #include <syslog.h>
@@ -155,12 +154,12 @@ int Today()
     return local.tm_wday;
 }
 
-/// Returns whether no stored schedule overlaps the new one on any day that has to be tested.
-bool HasNoOverlap(Edit const& edit, StoredSchedules& stored)
+/// Returns whether a stored schedule overlaps the new one on a day that has to be tested.
+bool Overlaps(Edit const& edit, StoredSchedules& stored)
 {
     using KALDTremolane::TaskIsOverLap;
     if (!edit.isRepeat) {
-        return !TaskIsOverLap(edit.start, edit.duration, stored.oneShot, stored.repeat);
+        return TaskIsOverLap(edit.start, edit.duration, stored.oneShot, stored.repeat);
     }
     int selected[kDaysOfWeek] = {};
     int const limit = KALDTremolane::GetRepeatLimitTime(
@@ -173,10 +172,10 @@ bool HasNoOverlap(Edit const& edit, StoredSchedules& stored)
         }
         if (selected[(today + k) % kDaysOfWeek] == 1 &&
             TaskIsOverLap(static_cast<int>(start), edit.duration, stored.oneShot, stored.repeat)) {
-            return false;
+            return true;
         }
     }
-    return true;
+    return false;
 }
 
 /// Saves the one-shot file without the generated schedule. On false the failure is logged.
@@ -201,7 +200,6 @@ void ScheduleRecordingAPI::EditUserDefine()
     Edit edit;
     bool const isRead = ReadEdit(m_request, edit);
     std::optional<int> const tuner = RequestTuner();
-    m_deleteOld = m_innerCreate = m_restoreOld = false;
     if (!isRead || !tuner ||
         KALDTremolane::ReadUserDefineFromFile(m_userDefineRecord, edit.oldStart, *tuner) < 0) {
         SetError(kErrorBadParameter);
@@ -209,7 +207,7 @@ void ScheduleRecordingAPI::EditUserDefine()
     }
     StoredSchedules stored = LoadSchedules(*tuner);
     ExcludeOldSchedule(m_userDefineRecord, stored);
-    if (!HasNoOverlap(edit, stored)) {
+    if (Overlaps(edit, stored)) {
         SetError(kErrorOverlap);
         return;
     }
@@ -234,10 +232,9 @@ void ScheduleRecordingAPI::EditUserDefine()
 
 void ScheduleRecordingAPI::DeleteOldThenCreateNew()
 {
-    {
-        ScopedFlag const deleting(m_deleteOld);
-        DeleteUserDefine();
-    }
+    m_deleteOld = true;
+    DeleteUserDefine();
+    m_deleteOld = false;
     if (!CreateUserDefine()) {
         m_restoreOld = true; // to the end of the request
         CreateUserDefine();

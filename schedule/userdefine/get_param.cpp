@@ -6,11 +6,11 @@
 
 #include "platform/record_members.h"
 #include "platform/records.h"
+#include "schedule/userdefine/userdefine_file.h"
 
 #include <strings.h>
 
 #include <optional>
-#include <span>
 
 namespace {
 
@@ -42,56 +42,47 @@ constexpr Stage kStages[] = {
     {"create_userdefine", kAny, true, kAny, Source::kNewStart},
 };
 
+bool IsKey(char const* key, char const* name)
+{
+    return ::strcasecmp(key, name) == 0;
+}
+
 bool Fits(std::optional<bool> wanted, bool flag)
 {
     return wanted.value_or(flag) == flag;
 }
 
-std::string AsDecimal(Json::Value const& value)
+std::string FlagText(bool flag)
 {
-    return std::to_string(AsInt(value));
+    return flag ? "true" : "false";
 }
 
-std::string AsFlagText(Json::Value const& value)
+/// Returns a parameter of the old schedule; none if its record does not keep it. The start is the
+/// client's text for a record, and an epoch for the store of an inner create.
+std::optional<std::string> RestoredParam(Json::Value const& record, char const* key,
+                                         bool isInnerCreate)
 {
-    return AsFlag(value) ? "true" : "false";
-}
-
-/// A parameter and the member of the record that is served for it.
-struct FieldMapping {
-    char const* key;
-    Json::StaticString field;
-    std::string (*render)(Json::Value const& value);
-};
-
-FieldMapping const kRestore[] = {
-    {"id", member::kChannelId, AsText},
-    {"channel_name", member::kChannelName, AsText},
-    {"title", member::kEventName, AsText},
-    {"description", member::kTextName, AsText},
-    {"start_time", member::kInputStartTime, AsText},
-    {"start_date", member::kInputStartDate, AsText},
-    {"duration", member::kInputDuration, AsText},
-    {"is_repeat", member::kIsRepeat, AsFlagText},
-    {"isweekly", member::kIsWeekly, AsFlagText},
-    {"weekdaystatus", member::kWeekdayStatus, AsText},
-    {"end_date", member::kEndDate, AsText},
-};
-
-FieldMapping const kOldRecord[] = {
-    {"id", member::kStartTime, AsDecimal},
-    {"channel_id", member::kChannelId, AsText},
-};
-
-/// Finds the mapping of a key, case-insensitively; null if the table has none.
-FieldMapping const* Find(std::span<FieldMapping const> mappings, char const* key)
-{
-    for (FieldMapping const& mapping : mappings) {
-        if (::strcasecmp(mapping.key, key) == 0) {
-            return &mapping;
-        }
+    if (isInnerCreate && IsKey(key, "start_time")) {
+        return std::to_string(IntOf(record, member::kStartTime));
     }
-    return nullptr;
+    if (IsKey(key, "is_repeat")) {
+        return FlagText(FlagOf(record, member::kIsRepeat));
+    }
+    if (IsKey(key, "isweekly")) {
+        return FlagText(FlagOf(record, member::kIsWeekly));
+    }
+    Json::StaticString const* const name = TextMemberOf(key);
+    return name != nullptr ? std::optional(TextOf(record, *name)) : std::nullopt;
+}
+
+/// Returns a parameter of a delete from the record of what it deletes; none if it has none.
+std::optional<std::string> DeleteParam(Json::Value const& record, char const* key)
+{
+    if (IsKey(key, "id")) {
+        return std::to_string(IntOf(record, member::kStartTime));
+    }
+    return IsKey(key, "channel_id") ? std::optional(TextOf(record, member::kChannelId))
+                                    : std::nullopt;
 }
 
 } // namespace
@@ -106,21 +97,14 @@ std::string ScheduleRecordingAPI::GetParam(char const* key, char const* fallback
             break;
         }
     }
-    bool const isStart = ::strcasecmp(key, "start_time") == 0;
-    if (source == Source::kNewStart && isStart) {
-        return std::to_string(
+    std::optional<std::string> replacement;
+    if (source == Source::kRestore) {
+        replacement = RestoredParam(m_userDefineRecord, key, m_innerCreate);
+    } else if (source == Source::kOldRecord) {
+        replacement = DeleteParam(m_userDefineRecord, key);
+    } else if (source == Source::kNewStart && IsKey(key, "start_time")) {
+        replacement = std::to_string(
             DateTimeToEpoch(m_request.In("start_date", ""), m_request.In("start_time", "")));
     }
-    if (source == Source::kRestore && isStart && m_innerCreate) { // the store takes the epoch
-        return AsDecimal(MemberOf(m_userDefineRecord, member::kStartTime));
-    }
-    std::span<FieldMapping const> mappings;
-    if (source == Source::kRestore) {
-        mappings = kRestore;
-    } else if (source == Source::kOldRecord) {
-        mappings = kOldRecord;
-    }
-    FieldMapping const* const mapping = Find(mappings, key);
-    return mapping != nullptr ? mapping->render(MemberOf(m_userDefineRecord, mapping->field))
-                              : m_request.In(key, fallback);
+    return replacement.value_or(m_request.In(key, fallback));
 }

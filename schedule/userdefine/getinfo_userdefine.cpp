@@ -1,5 +1,5 @@
-/// @file The method `getinfo_userdefine`: answers the client's form, filled for a stored schedule
-/// or for a new one.
+/// @file The method `getinfo_userdefine`: answers a stored schedule, or the defaults of a new one,
+/// as a client edits it.
 #include "frame/schedule_recording_api.h"
 
 #include "frame/web_api_error.h"

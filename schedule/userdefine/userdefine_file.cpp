@@ -10,6 +10,10 @@
 #include "platform/records.h"
 #include "schedule/data/schedule_file.h"
 
+#include <strings.h>
+
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace {
@@ -25,13 +29,13 @@ constexpr char kNoEndDate[] = "1";
 enum class Need { kNone, kAlways, kIfRepeat };
 
 /// A parameter and the member that keeps its text unchanged.
-struct FieldMapping {
-    char const* key;
-    Json::StaticString name;
+struct TextField {
+    char const* parameter;
+    Json::StaticString member;
     Need need;
 };
 
-FieldMapping const kTextFields[] = {
+TextField const kTextFields[] = {
     {"start_date", member::kInputStartDate, Need::kAlways},
     {"start_time", member::kInputStartTime, Need::kAlways},
     {"duration", member::kInputDuration, Need::kNone},
@@ -59,12 +63,12 @@ bool FillRecordFromParameters(Json::Value& record, Get const& get)
         return false;
     }
     KALD::WebAPIUtil::ParseBool(get("isweekly").c_str(), &isWeekly);
-    for (FieldMapping const& field : kTextFields) {
-        std::string text = get(field.key);
+    for (TextField const& field : kTextFields) {
+        std::string const text = get(field.parameter);
         if (text.empty() && IsNeeded(field.need, isRepeat)) {
             return false;
         }
-        record[field.name] = text;
+        record[field.member] = text;
     }
     record[member::kIsRepeat] = isRepeat;
     record[member::kIsWeekly] = isWeekly || !isRepeat;
@@ -94,11 +98,21 @@ void DropNamed(Json::Value& records, std::set<int> const& starts, int tuner)
 
 } // namespace
 
+Json::StaticString const* TextMemberOf(char const* parameter)
+{
+    auto const* const field =
+        std::find_if(std::begin(kTextFields), std::end(kTextFields), [=](TextField const& each) {
+            return ::strcasecmp(each.parameter, parameter) == 0;
+        });
+    return field != std::end(kTextFields) ? &field->member : nullptr;
+}
+
 int ScheduleRecordingAPI::SaveUserDefineRecord()
 {
     Json::Value record;
     auto const get = [this](char const* key) { return GetParam(key, ""); };
-    if (!FillRecordFromParameters(record, get)) {
+    std::optional<int> const tuner = RequestTuner();
+    if (!tuner || !FillRecordFromParameters(record, get)) {
         SetError(kErrorBadParameter);
         return kNotSaved;
     }
@@ -106,13 +120,8 @@ int ScheduleRecordingAPI::SaveUserDefineRecord()
         record[member::kStartTime] = IntOf(m_userDefineRecord, member::kStartTime);
     }
     int const start = record[member::kStartTime].asInt();
-    std::optional<int> const tuner = RequestTuner();
-    if (!tuner) {
-        SetError(kErrorBadParameter);
-        return start;
-    }
-    if (start < 1) { // the caller fails on it and could not remove the record again
-        return start;
+    if (start < 1) {
+        return kNotSaved;
     }
     record[member::kTuner] = *tuner;
     Json::Value records;

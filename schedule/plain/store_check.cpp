@@ -2,7 +2,7 @@
 #include "frame/schedule_recording_api.h"
 
 #include "frame/web_api_error.h"
-#include "schedule/data/support_log.h"
+#include "schedule/support_log.h"
 
 #include <syslog.h>
 
