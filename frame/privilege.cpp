@@ -11,35 +11,22 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 #include <exception>
 #include <fstream>
 
 namespace {
 
-// The source name and the line numbers by which the log identifies messages.
-constexpr char kSourceName[] = "privilege";
+// The line numbers by which the log identifies messages.
 constexpr int kAccessLine = 61;
 constexpr int kParseLine = 70;
 
-/// Returns whether a file is regular and readable; sets errno if not. Other kinds of file are
-/// refused: opening a FIFO would block, and reading a device might never end.
-bool IsAccessible(char const* path)
+/// Returns whether the name leads to a regular file. Nothing else is opened: opening a FIFO would
+/// block, and reading a device might never end.
+bool IsRegularFile(char const* path)
 {
     struct stat info {};
-    if (::access(path, R_OK) != 0 || ::stat(path, &info) != 0) {
-        return false;
-    }
-    errno = S_ISDIR(info.st_mode) ? EISDIR : EINVAL;
-    return S_ISREG(info.st_mode);
-}
-
-/// Logs that the file cannot be accessed, with errno as the reason.
-void LogAccessFailure(char const* path)
-{
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat" // %m is not ISO C++, but every syslog() supports it
-    ::syslog(LOG_ERR, "%s:%d failed to access config file [%s] %m", kSourceName, kAccessLine, path);
-#pragma GCC diagnostic pop
+    return ::stat(path, &info) == 0 && S_ISREG(info.st_mode);
 }
 
 /// Returns `value`, replaced by an empty object if it is no object.
@@ -98,15 +85,19 @@ void PrivilegeFile::Load()
 {
     m_loaded = true;
     char const* const path = appliance::kPrivilegeFile;
-    if (!IsAccessible(path)) {
+    if (::access(path, R_OK) != 0) {
         if (errno != ENOENT) {
-            LogAccessFailure(path);
+            ::syslog(LOG_ERR, "%s:%d failed to access config file [%s] %s", kLogSource, kAccessLine,
+                     path, std::strerror(errno));
         }
         return;
     }
-    std::ifstream file(path);
-    if (!Parse(file, m_document)) {
-        ::syslog(LOG_ERR, "%s:%d failed to parse json file[%s]", kSourceName, kParseLine, path);
+    std::ifstream file;
+    if (IsRegularFile(path)) {
+        file.open(path);
+    }
+    if (!Parse(file, m_document)) { // what is not opened is empty
+        ::syslog(LOG_ERR, "%s:%d failed to parse json file[%s]", kLogSource, kParseLine, path);
     }
 }
 

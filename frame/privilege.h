@@ -21,6 +21,9 @@ public:
     /// Grants or revokes a privilege.
     void SetPrivilege(unsigned int uid, std::string const& key, bool value);
 
+    /// The first argument of log lines about privileges.
+    static constexpr char kLogSource[] = "privilege";
+
 private:
     void Load();
     void Save();

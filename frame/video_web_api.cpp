@@ -5,6 +5,8 @@
 #include "frame/web_api_error.h"
 #include "kald/user.h"
 
+#include <syslog.h>
+
 #include <cstdio>
 
 namespace Tremolane {
@@ -14,6 +16,9 @@ namespace {
 /// The results of the framework's CheckAuthorized() that have their own error code.
 constexpr int kHostNoLogin = -1;
 constexpr int kHostLocked = -3;
+
+/// The number by which the log identifies a login without an account.
+constexpr int kAccountLine = 40;
 
 int ErrorOfRefusal(int hostResult)
 {
@@ -95,7 +100,10 @@ bool VideoWebAPI::HasPrivilege(char const* key)
     }
     unsigned int uid = 0;
     PrivilegeFile privileges;
-    GetLoginUid(&uid); // an unknown user gets the privileges of uid 0
+    if (!GetLoginUid(&uid)) { // an unknown user gets the privileges of uid 0
+        ::syslog(LOG_ERR, "%s:%d no account for login [%s]", PrivilegeFile::kLogSource,
+                 kAccountLine, m_request.GetLoginUserName().c_str());
+    }
     return privileges.GetPrivilege(uid, key);
 }
 

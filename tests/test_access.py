@@ -24,21 +24,25 @@ def test_access_not_granted(appliance, users):
 
 
 def test_access_without_account_is_that_of_uid_0(appliance):
-    assert appliance.request("list", "nobody") == Answer(100)
+    log = ["privilege:40 no account for login [nobody]"]
+    assert appliance.request("list", "nobody") == Answer(100, log=log)
     appliance.store(users={"0": {"dtv": True}})
-    assert appliance.request("list", "nobody") == Answer(100, EMPTY)
+    assert appliance.request("list", "nobody") == Answer(100, EMPTY, log)
 
 
-NO_JSON = "70 failed to parse json file[{}]"
 NO_FILE = "61 failed to access config file [{}] "
+NO_JSON = "70 failed to parse json file[{}]"
 
 
 @pytest.mark.parametrize("users, code, log", [
     case("broken", "{", 105, NO_JSON),
     case("broken behind the entry", '{"1026":{"dtv":true},', None, NO_JSON),
     case("too deep", '{"1026":{"dtv":true},"x":' + "[" * 100000, 105, NO_JSON),
-    case("folder", os.mkdir, 105, NO_FILE + "Is a directory"),
-    case("FIFO", os.mkfifo, 105, NO_FILE + "Invalid argument")])
+    case("link to itself", lambda path: path.symlink_to(path), 105,
+         NO_FILE + "Too many levels of symbolic links"),
+    case("folder", os.mkdir, 105, NO_JSON),
+    case("FIFO", os.mkfifo, 105, NO_JSON),
+    case("device", lambda path: path.symlink_to("/dev/zero"), 105, NO_JSON)])
 def test_access_with_privileges_that_cannot_be_read(appliance, users, code, log):
     answer = appliance.store(users=users).request("x", "viewer")
     assert answer == Answer(code, log=["privilege:" + log.format(appliance.path("users"))])
