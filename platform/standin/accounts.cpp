@@ -30,8 +30,7 @@ bool FindEntry(char const* path, int (*read)(FILE*, Entry*, char*, std::size_t, 
                Use const& use)
 {
     std::string text;
-    UniqueFd const fd = OpenRegularFile(path);
-    if (!fd || !ReadText(fd.Get(), text)) {
+    if (!ReadFile(path, text)) {
         Transaction::NoteFailure();
         return false;
     }

@@ -20,15 +20,10 @@ Load LoadDocument(std::string const& path, Json::Value& document,
         return Load::kLoaded;
     }
     document = Json::Value();
-    UniqueFd const fd = OpenRegularFile(path.c_str());
-    if (!fd) {
+    std::string text;
+    if (!ReadFile(path.c_str(), text)) {
         Transaction::NoteFailure();
         return errno == ENOENT || errno == ENOTDIR ? Load::kMissing : Load::kUnreadable;
-    }
-    std::string text;
-    if (!ReadText(fd.Get(), text)) {
-        Transaction::NoteFailure();
-        return Load::kUnreadable;
     }
     Transaction::KeepLoaded(path, text);
     return ParseJson(std::move(text), document, wanted) ? Load::kLoaded : Load::kNotJson;

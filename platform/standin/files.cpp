@@ -80,8 +80,7 @@ bool Commit(std::string const& temporary, std::string const& path)
     return isSynced;
 }
 
-} // namespace
-
+/// Opens a file, which must be a regular one, for reading.
 UniqueFd OpenRegularFile(char const* path)
 {
     UniqueFd fd(::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC));
@@ -97,6 +96,14 @@ UniqueFd OpenRegularFile(char const* path)
         return UniqueFd();
     }
     return fd;
+}
+
+} // namespace
+
+bool ReadFile(char const* path, std::string& text)
+{
+    UniqueFd const fd = OpenRegularFile(path);
+    return fd && ReadText(fd.Get(), text);
 }
 
 bool ReadText(int fd, std::string& text, std::size_t limit)

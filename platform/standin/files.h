@@ -9,9 +9,9 @@
 
 namespace standin {
 
-/// Opens a regular file for reading. On failure returns none and sets errno. Any other kind of file
-/// is a failure; a FIFO never blocks.
-UniqueFd OpenRegularFile(char const* path);
+/// Reads a regular file to its end and appends it to `text`. On failure returns false and sets
+/// errno. Any other kind of file is a failure; a FIFO never blocks.
+bool ReadFile(char const* path, std::string& text);
 
 /// Reads from `fd` to its end, but at most `limit` bytes, and appends them to `text`. On failure
 /// returns false and sets errno; `text` has what was read until then.

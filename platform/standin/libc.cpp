@@ -83,8 +83,7 @@ int KDLIBCFileGetKeyValue(char const* path, char const* key, char* buffer, std::
                           int /*flags*/)
 {
     std::string text;
-    standin::UniqueFd const fd = standin::OpenRegularFile(path);
-    if (!fd || !standin::ReadText(fd.Get(), text)) {
+    if (!standin::ReadFile(path, text)) {
         return 0;
     }
     std::string_view rest = text;

@@ -321,12 +321,11 @@ bool Transaction::KeepOldVersion(std::string const& path)
         return true;
     }
     std::string content;
-    UniqueFd const fd = OpenRegularFile(path.c_str());
-    bool const isMissing = !fd && errno == ENOENT;
-    if (!isMissing && (!fd || !ReadText(fd.Get(), content))) {
+    bool const isRead = ReadFile(path.c_str(), content);
+    if (!isRead && errno != ENOENT) {
         return false;
     }
-    Keep(path, isMissing ? "-1" : std::to_string(content.size()), content);
+    Keep(path, isRead ? std::to_string(content.size()) : "-1", content);
     return true;
 }
 
