@@ -66,13 +66,13 @@ class Page:
         self.server, self.browser, self.stored = server, browser, server.appliance.stored
         self.tell = browser.execute_cdp_cmd
 
-    def open(self, login="viewer", width=1280):
+    def open(self, login="viewer", width=1280, query=""):
         word = base64.b64encode(f"{login}:{login}".encode()).decode()
         self.tell("Network.enable", {})
         self.tell("Network.setExtraHTTPHeaders", {"headers": {"Authorization": f"Basic {word}"}})
         self.tell("Emulation.setDeviceMetricsOverride",
                   {"width": width, "height": 900, "deviceScaleFactor": 1, "mobile": False})
-        self.browser.get(self.server.url)
+        self.browser.get(f"{self.server.url}/{query}")
         self.see("main[aria-busy=false]")
 
     def all(self, selector, words=""):
@@ -82,7 +82,7 @@ class Page:
     def see(self, selector, words=""):
         """Waits until there is such an element with these words, and answers it."""
         waiting = WebDriverWait(self.browser, 5, 0.02, [StaleElementReferenceException])
-        return waiting.until(lambda _: self.all(selector, words))[0]
+        return waiting.until(lambda _: self.all(selector, words), f"no {selector} {words!r}")[0]
 
     def change(self, row="", **fields):
         """Opens the dialog for a row of the list, or for a new recording, and fills fields."""
@@ -199,6 +199,14 @@ def test_page_says_errors_in_words(page):
     page.see("#recording [type=submit]").click()
     page.see("#problem", "The new times overlap another recording")
     assert page.stored() == before
+
+
+def test_page_speaks_the_language_of_the_address_or_the_browser(page):
+    page.open(query="?lang=de")
+    page.see("#create", "Neue Aufnahme")
+    page.see(".today h3", ("Mo", "Di", "Mi", "Do", "Fr", "Sa", "So")[TODAY.weekday()])
+    page.open()
+    page.see("#create", "New recording")
 
 
 def test_page_works_by_keyboard(page):

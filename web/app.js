@@ -3,6 +3,7 @@ import { connect } from "./api.js";
 import { makeDialog } from "./dialog.js";
 import { makeListView } from "./list_view.js";
 import { Schedules, isRepeat } from "./schedules.js";
+import { TEXT, explain, translate } from "./text.js";
 import { DAY, weekOf } from "./week.js";
 import { makeWeekView } from "./week_view.js";
 import { FIRST_WEEKDAY, nameOf, whenOf } from "./words.js";
@@ -11,6 +12,7 @@ const SLOW = 300; // milliseconds after which a wait is shown
 const find = (selector) => document.querySelector(selector);
 const tunerButtons = document.querySelectorAll("#tuners button");
 
+translate(document);
 // The origin leaves out a login with which the address of the page may have been typed.
 const endpoint = new URL(document.documentElement.dataset.endpoint, location.origin).href;
 const schedules = new Schedules(connect(endpoint, { onBusy }));
@@ -26,7 +28,7 @@ function onBusy(pending) {
   const notes = document.querySelectorAll(".waiting");
   const say = (text) => notes.forEach((note) => { note.textContent = text; });
   clearTimeout(waiting);
-  if (pending) waiting = setTimeout(say, SLOW, "Waiting for the appliance…");
+  if (pending) waiting = setTimeout(say, SLOW, TEXT.waiting);
   else say("");
   find("main").ariaBusy = String(pending > 0);
 }
@@ -87,7 +89,7 @@ async function guard(action) {
   try {
     await action();
   } catch (problem) {
-    find("#alert p").textContent = problem.message;
+    find("#alert p").textContent = explain(problem);
     find("#retry").hidden = problem.code !== "lost";
     find("#alert").hidden = false;
   }
@@ -128,8 +130,8 @@ function remove(chosen) {
 const BUTTONS = {
   "#create": () => open(),
   "#reload": () => read(), "#retry": () => read(), "#dismiss": () => {},
-  "#stop": () => confirm(find("#stop").dataset, () => schedules.stop()),
-  "#clear": () => confirm(find("#clear").dataset, () => schedules.clearPassed()),
+  "#stop": () => confirm(TEXT.stopping, () => schedules.stop()),
+  "#clear": () => confirm(TEXT.clearing, () => schedules.clearPassed()),
   "#delete-chosen": () => remove(listView.chosen()),
   "#previous": () => turnWeek(-7), "#today": () => turnWeek(0), "#next": () => turnWeek(7),
 };

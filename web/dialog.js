@@ -1,5 +1,6 @@
 // The dialog in which a recording of any kind is created, changed and deleted.
 import { isRepeat } from "./schedules.js";
+import { explain } from "./text.js";
 import { collisionsWith, dateText, isDate, planOf, timeText, wallOf, weekdayOf } from "./week.js";
 import { secondsOf } from "./week.js";
 import { nameOf, whenOf } from "./words.js";
@@ -127,7 +128,7 @@ export function makeDialog(dialog, schedules, actions) {
     try {
       if (await action() !== false) dialog.close();
     } catch (problem) {
-      find("#problem").textContent = problem.message;
+      find("#problem").textContent = explain(problem);
       if (plan && !schedules.plans.some((one) => isSame(one, plan))) setPlan(null); // it is gone
     } finally {
       find("[type=submit]").disabled = false;

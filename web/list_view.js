@@ -1,5 +1,6 @@
 // Shows the list of a tuner's schedules, one page at a time, in the order of the server.
 import { PAGE } from "./schedules.js";
+import { TEXT } from "./text.js";
 import { lengthText, planOf } from "./week.js";
 import { describe, element, marksOf, nameOf, rhythmOf, statusOf, whenOf } from "./words.js";
 
@@ -16,7 +17,7 @@ export function makeListView(section, open, turn) {
 
   function makeRow(schedule, plan, now, checked) {
     const choice = element("input", "");
-    Object.assign(choice, { type: "checkbox", ariaLabel: `Choose ${nameOf(schedule)}`, checked });
+    Object.assign(choice, { type: "checkbox", ariaLabel: TEXT.choose(nameOf(schedule)), checked });
     const row = describe("row", schedule, marksOf(schedule), whenOf(plan));
     const facts = [lengthText(plan.length), statusOf(plan, now), rhythmOf(plan)].filter(Boolean);
     row.append(" ", element("span", "facts", facts.join(" · ")));
@@ -34,7 +35,7 @@ export function makeListView(section, open, turn) {
       makeRow(one, known.get(one.primeid) ?? planOf(one), now, kept.has(one.primeid))));
     const last = page.start + page.schedules.length;
     section.querySelector("output").textContent = plans.length
-      ? `${page.start + 1} to ${last} of ${plans.length}` : "No schedules on this tuner";
+      ? TEXT.range(page.start + 1, last, plans.length) : TEXT.empty;
     earlier.disabled = page.start === 0;
     later.disabled = last >= plans.length;
   }

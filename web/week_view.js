@@ -1,4 +1,5 @@
 // Shows a week as seven columns of boxes. On a narrow screen the style sheet makes it a day list.
+import { TEXT } from "./text.js";
 import { DAY, boxesOfWeek, dayOf, occurrencesOfWeek, timeText } from "./week.js";
 import { dayName, describe, element, marksOf, weekName } from "./words.js";
 
@@ -35,7 +36,7 @@ export function makeWeekView(section, heading, open) {
     const title = element("h3", "", dayName(day));
     title.id = `day-${day}`;
     const items = own.map((box) => element("li", "", makeBox(box)));
-    const list = items.length ? element("ol", "", ...items) : element("p", "none", "Nothing");
+    const list = items.length ? element("ol", "", ...items) : element("p", "none", TEXT.nothing);
     const column = element("section", "day", title, list);
     column.setAttribute("aria-labelledby", title.id);
     column.dataset.day = day;

@@ -1,9 +1,8 @@
 // Puts schedules into words: their times, status, days and names, and the elements that show them.
 import { isRepeat } from "./schedules.js";
+import { LOCALE, TEXT } from "./text.js";
 import { timeText } from "./week.js";
 
-// The page is English. A browser in another language gets British dates.
-const LOCALE = /^en\b/i.test(navigator.language) ? navigator.language : "en-GB";
 const DATE = { timeZone: "UTC", day: "numeric", month: "short" }; // wall times have no zone
 const DAY_FORMAT = new Intl.DateTimeFormat(LOCALE, { ...DATE, weekday: "short" });
 const WEEK_FORMAT = new Intl.DateTimeFormat(LOCALE, { ...DATE, year: "numeric" });
@@ -12,30 +11,33 @@ export const FIRST_WEEKDAY = new Intl.Locale(LOCALE).getWeekInfo?.().firstDay % 
 export const dayName = (wall) => DAY_FORMAT.format(wall * 1000);
 export const weekName = (first, last) => WEEK_FORMAT.formatRange(first * 1000, last * 1000);
 
-export const channelOf = (schedule) => schedule.channel_name || `Channel ${schedule.id}`;
+export const channelOf = (schedule) => schedule.channel_name || TEXT.channelOf(schedule.id);
 export const nameOf = (schedule) => schedule.title || channelOf(schedule);
 export const whenOf = ({ wall }) =>
-  (Number.isNaN(wall) ? "at no known time" : `${dayName(wall)}, ${timeText(wall)}`);
-
-// The other statuses are the recording service's own; the API does not name them.
-const STATUS = { 0: "Unknown status", 1: "Scheduled", 12: "Repeats" };
+  (Number.isNaN(wall) ? TEXT.noTime : `${dayName(wall)}, ${timeText(wall)}`);
 
 /** The status in words. The time tells whether a scheduled recording runs or has passed. */
 export function statusOf({ schedule, epoch, length }, now) {
   const { status } = schedule;
-  if (status === 1 && epoch <= now) return epoch + length <= now ? "Passed" : "On now";
-  return STATUS[status] ?? `Service status ${status}`;
+  if (status === 1 && epoch <= now) return epoch + length <= now ? TEXT.passed : TEXT.onNow;
+  // The other statuses are the recording service's own; the API does not name them.
+  return TEXT.status[status] ?? TEXT.otherStatus(status);
 }
 
-const SUNDAY_FIRST = ["Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"];
+const weekdaysIn = (style) => {
+  const format = new Intl.DateTimeFormat(LOCALE, { timeZone: "UTC", weekday: style });
+  return Array.from({ length: 7 }, (_, day) => format.format(Date.UTC(2023, 0, 1 + day)));
+};
+export const SUNDAY_FIRST = weekdaysIn("short");
+export const LONG_SUNDAY_FIRST = weekdaysIn("long");
 
 /** The days on which a repeat schedule records. */
 export function rhythmOf({ selected, rule, lastDay }) {
   if (!selected) return "";
   const days = SUNDAY_FIRST.filter((_, index) => selected[index]);
-  const which = days.length === 7 ? "every day" : days.join(", ");
-  if (!rule.isweekly) return `${which}, one week`;
-  return lastDay === Infinity ? which : `${which}, until ${dayName(lastDay)}`;
+  const which = days.length === 7 ? TEXT.everyDay : days.join(", ");
+  if (!rule.isweekly) return TEXT.oneWeek(which);
+  return lastDay === Infinity ? which : TEXT.until(which, dayName(lastDay));
 }
 
 // What marks a schedule: the class that colours it, and the sign that stands after its time.
@@ -49,7 +51,7 @@ export function marksOf(schedule, more = {}) {
 /** A button with the time, marks, title and channel of a schedule. */
 export function describe(className, schedule, marks, ...when) {
   const signOf = (name) =>
-    Object.assign(element("span", "", SIGNS[name]), { role: "img", ariaLabel: name });
+    Object.assign(element("span", "", SIGNS[name]), { role: "img", ariaLabel: TEXT.marks[name] });
   const button = element("button", [className, ...marks].join(" "),
     element("span", "when", ...when, ...marks.flatMap((name) => [" ", signOf(name)])), " ",
     element("span", "title", nameOf(schedule)), " ",
