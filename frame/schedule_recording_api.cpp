@@ -10,19 +10,13 @@
 
 #include <strings.h>
 
-namespace {
-
-struct Method {
-    char const* name;
-    void (*run)(ScheduleRecordingAPI& api);
-};
-
-} // namespace
-
 void ScheduleRecordingAPI::Process()
 {
     using Api = ScheduleRecordingAPI;
-    static constexpr Method kMethods[] = {
+    static constexpr struct {
+        char const* name;
+        void (*run)(Api& api);
+    } kMethods[] = {
         {"list", [](Api& api) { api.ListSchedule(); }},
         {"getinfo_repeat", [](Api& api) { api.GetRepeatInfo(); }},
         {"getinfo_userdefine", [](Api& api) { api.GetUserDefineInfo(); }},
@@ -40,7 +34,7 @@ void ScheduleRecordingAPI::Process()
         SetError(kErrorNoPrivilege);
         return;
     }
-    for (Method const& method : kMethods) {
+    for (auto const& method : kMethods) {
         if (IsMethod(method.name)) {
             method.run(*this);
         }

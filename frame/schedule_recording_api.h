@@ -135,10 +135,6 @@ protected:
     /// start below 1 is not.
     int SaveUserDefineRecord();
 
-    /// The stage of an edit that changes the stores: deletes the old schedule and creates the new
-    /// one, or restores the old one.
-    void DeleteOldThenCreateNew();
-
     /// Deletes the schedule of `m_userDefineRecord` through the plain method of its kind. Returns
     /// false if an edit must keep the record.
     bool DeleteRecordedSchedule();

@@ -20,18 +20,6 @@ constexpr int kHostLocked = -3;
 /// The number by which the log identifies a login without an account.
 constexpr int kAccountLine = 40;
 
-int ErrorOfRefusal(int hostResult)
-{
-    switch (hostResult) {
-    case kHostLocked:
-        return kErrorLocked;
-    case kHostNoLogin:
-        return kErrorNoLogin;
-    default:
-        return kErrorNoPrivilege;
-    }
-}
-
 } // namespace
 
 VideoWebAPI::VideoWebAPI() : WebAPI("Tremolane.api", "Tremolane") {}
@@ -44,7 +32,9 @@ int VideoWebAPI::CheckAuthorized()
     if (hostResult > 0 || CheckSharing()) {
         return 1;
     }
-    SetError(ErrorOfRefusal(hostResult));
+    SetError(hostResult == kHostLocked    ? kErrorLocked
+             : hostResult == kHostNoLogin ? kErrorNoLogin
+                                          : kErrorNoPrivilege);
     return 0;
 }
 

@@ -44,13 +44,16 @@ protected:
     /// kErrorFailed and leaves `*uid` untouched.
     bool GetLoginUid(unsigned int* uid);
 
-    /// Returns the path in front of the Web API: the request's path up to "/webapi".
+    /// Returns the path in front of the Web API: REQUEST_URI up to its first "/webapi". Returns all
+    /// of REQUEST_URI, including the query string, if it does not contain "/webapi".
     static std::string GetBasePath();
 
-    /// Returns the URL of the base path as the client sees it; empty without a Host header.
+    /// Returns the URL of the base path as the client sees it; empty without HTTP_HOST. The scheme
+    /// is https if the host ends with the relay domain or if HTTPS is set, even to "off".
     static std::string GetRequestUrl();
 
-    /// Returns the URL of the base path for a client outside the local network.
+    /// Returns the URL of the base path for a client outside the local network. Behind the relay
+    /// service the scheme is always https, there is no port, and the path starts with "/direct".
     static std::string GetExternalUrl();
 
     /// Returns a request parameter as a normalised decimal number, which is 0 if its text does not

@@ -8,9 +8,9 @@
 
 #include <json/value.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
-#include <optional>
 #include <utility>
 
 namespace Tremolane::network_utils {
@@ -38,16 +38,17 @@ struct ClosePipe {
     void operator()(FILE* stream) const { KDLIBCPclose(stream); }
 };
 
-/// Runs a tool with one argument. Returns the first line of its output, including the line break
-/// and cut to 1023 characters. Returns none if it prints nothing or cannot be started.
-std::optional<std::string> FirstLineOf(char const* tool, char const* argument)
+/// Runs a tool with one argument. Stores the first line of its output, including the line break
+/// and cut to 1023 characters. Returns false if it prints nothing or cannot be started.
+bool ReadFirstLine(char const* tool, char const* argument, std::string& text)
 {
     char line[1024] = {};
     std::unique_ptr<FILE, ClosePipe> const stream(KDLIBCPopen(tool, "r", argument));
     if (!stream || std::fgets(line, sizeof line, stream.get()) == nullptr) {
-        return std::nullopt;
+        return false;
     }
-    return line;
+    text = line;
+    return true;
 }
 
 /// Calls the method "get" of a Web API. Returns the object `data` of its answer, or null if there
@@ -66,12 +67,11 @@ Json::Value DataOf(char const* api, int version)
 
 bool ReadDdnsHostName(std::string& host)
 {
-    std::optional<std::string> const line = FirstLineOf(kDdnsTool, "--get-hostname");
-    if (!line) {
+    if (!ReadFirstLine(kDdnsTool, "--get-hostname", host) || host.empty()) {
         return false;
     }
-    host = line->substr(0, line->find(' '));
-    return !line->empty();
+    host.erase(std::min(host.find(' '), host.size()));
+    return true;
 }
 
 bool GetDdnsHostName(std::string& host)
@@ -82,12 +82,7 @@ bool GetDdnsHostName(std::string& host)
 
 bool ReadRelayName(std::string& name)
 {
-    std::optional<std::string> const line = FirstLineOf(kRelayTool, "-p");
-    if (!line) {
-        return false;
-    }
-    name = *line;
-    return true;
+    return ReadFirstLine(kRelayTool, "-p", name);
 }
 
 bool IsRelayEnabled()
@@ -99,15 +94,10 @@ bool IsRelayPortalEnabled()
 {
     Json::Value const data = DataOf("KALD.Core.Portway.Permission", 1);
     Json::Value const& services = data["services"];
-    if (!services.isArray()) {
-        return false;
-    }
-    for (Json::Value const& service : services) {
-        if (FlagOf(service, "enabled") && service["id"] == "zem_portal") {
-            return true;
-        }
-    }
-    return false;
+    return services.isArray() &&
+           std::any_of(services.begin(), services.end(), [](Json::Value const& service) {
+               return FlagOf(service, "enabled") && service["id"] == "zem_portal";
+           });
 }
 
 bool QueryRelayName(std::string& name)

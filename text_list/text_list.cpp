@@ -5,12 +5,7 @@ namespace kalddbquery {
 
 std::string JoinString(std::vector<std::string> const& parts, std::string_view separator)
 {
-    std::size_t size = 0;
-    for (std::string const& part : parts) {
-        size += part.size() + separator.size();
-    }
     std::string text;
-    text.reserve(size);
     for (std::string const& part : parts) {
         if (&part != &parts.front()) {
             text += separator;

@@ -4,18 +4,13 @@
 #include "platform/record_members.h"
 #include "platform/records.h"
 
-#include <cstdio>
-
 std::string RenderChannelId(Json::Value const& record)
 {
     using namespace appliance;
-    char text[256];
+    std::string id = std::to_string(IntOf(record, member::kId));
     Json::Value const& frequency = MemberOf(record, member::kFrequency);
-    int const service = IntOf(record, member::kId);
     if (frequency.isInt()) {
-        std::snprintf(text, sizeof text, "%d@%d", service, frequency.asInt());
-    } else {
-        std::snprintf(text, sizeof text, "%d", service);
+        id += '@' + std::to_string(frequency.asInt());
     }
-    return text;
+    return id;
 }

@@ -16,13 +16,6 @@ constexpr std::size_t kDateLength = 10;
 constexpr std::size_t kTimeLength = 5;
 constexpr int kFailed = -1;
 
-/// Sets a field of a broken-down time; returns false if the field cannot hold the number.
-bool SetField(int& field, long long value)
-{
-    field = static_cast<int>(value);
-    return std::in_range<int>(value);
-}
-
 } // namespace
 
 int ScheduleRecordingAPI::DateTimeToEpoch(char const* date, char const* time)
@@ -31,23 +24,24 @@ int ScheduleRecordingAPI::DateTimeToEpoch(char const* date, char const* time)
         return kFailed;
     }
     long long year = 2000; // a field that does not scan keeps its value
-    long long month = 1;
-    long long day = 1;
-    long long hour = 0;
-    long long minute = 0;
-    std::sscanf(date, "%lld-%lld-%lld", &year, &month, &day); // ten characters cannot overflow
-    std::sscanf(time, "%lld:%lld", &hour, &minute);
+    int month = 1;
+    int day = 1;
+    int hour = 0;
+    int minute = 0;
+    std::sscanf(date, "%lld-%d-%d", &year, &month, &day); // ten digits can exceed an int
+    std::sscanf(time, "%d:%d", &hour, &minute);
+    if (!std::in_range<int>(year)) {
+        return kFailed;
+    }
     std::time_t const now = ::time(nullptr);
     std::tm local{};
-    if (::localtime_r(&now, &local) == nullptr) {
-        return kFailed;
-    }
+    ::localtime_r(&now, &local);
+    local.tm_year = static_cast<int>(year - 1900);
+    local.tm_mon = month - 1;
+    local.tm_mday = day;
+    local.tm_hour = hour;
+    local.tm_min = minute;
     local.tm_sec = 0;
-    if (!SetField(local.tm_year, year - 1900) || !SetField(local.tm_mon, month - 1) ||
-        !SetField(local.tm_mday, day) || !SetField(local.tm_hour, hour) ||
-        !SetField(local.tm_min, minute)) {
-        return kFailed;
-    }
     std::time_t const epoch = ::mktime(&local); // tm_isdst stays that of now
     return std::in_range<int>(epoch) ? static_cast<int>(epoch) : kFailed;
 }

@@ -22,24 +22,21 @@ bool NamesChannel(std::string const& id)
     return service > 0 || frequency > 0;
 }
 
-/// Stores a schedule for each piece of comma-separated `ids`, with the start at the same position
-/// of `starts`. Tries every position. Returns kAllStored, or an error code: that of the last
-/// position that failed with an errno.
-int StoreList(int tuner, std::string const& ids, std::string const& starts, std::string const& uid)
+/// Stores a schedule for each id, with the start at the same position, or an empty one beyond the
+/// last. Tries every position. Returns kAllStored, or an error code: that of the last position that
+/// failed with an errno.
+int StoreAll(int tuner, Json::Value const& ids, Json::Value const& starts, std::string const& uid)
 {
-    Json::Value const idPieces = KALD::WebAPIUtil::ParseToArray(ids.c_str(), ",");
-    Json::Value const startPieces = KALD::WebAPIUtil::ParseToArray(starts.c_str(), ",");
-    Json::Value out;
+    Json::Value out; // for all positions: the errno of an earlier failure would stand anyway
     int code = kErrorFailed;
     bool areAllStored = true;
-    for (Json::ArrayIndex i = 0; i < idPieces.size(); ++i) {
-        std::string const start = startPieces[i].asString(); // empty beyond the last piece
-        if (KALDTremolane::AddSchedule(out, tuner, idPieces[i].asString(), start, uid.c_str())) {
-            continue;
+    for (Json::ArrayIndex i = 0; i < ids.size(); ++i) {
+        if (!KALDTremolane::AddSchedule(out, tuner, ids[i].asString(), starts[i].asString(),
+                                        uid.c_str())) {
+            areAllStored = false;
+            Json::Value const& error = MemberOf(out, member::kErrno);
+            code = error.isNull() ? code : MappErrorCode(AsInt(error));
         }
-        areAllStored = false;
-        Json::Value const& error = MemberOf(out, member::kErrno);
-        code = error.isNull() ? code : MappErrorCode(AsInt(error));
     }
     return areAllStored ? kAllStored : code;
 }
@@ -60,15 +57,18 @@ bool ScheduleRecordingAPI::CreateSchedule()
     if (!uid) {
         return false;
     }
-    Json::Value out;
+    Json::Value ids;
+    Json::Value starts;
     if (isList) {
-        int const code = StoreList(*tuner, id, start, *uid);
-        if (code != kAllStored) {
-            SetError(code);
-            return false;
-        }
-    } else if (!KALDTremolane::AddSchedule(out, *tuner, id, start, uid->c_str())) {
-        ReportLibraryError(out);
+        ids = KALD::WebAPIUtil::ParseToArray(id.c_str(), ",");
+        starts = KALD::WebAPIUtil::ParseToArray(start.c_str(), ",");
+    } else { // a comma in the start alone makes no list
+        ids.append(id);
+        starts.append(start);
+    }
+    int const code = StoreAll(*tuner, ids, starts, *uid);
+    if (code != kAllStored) {
+        SetError(code);
         return false;
     }
     return ReloadDaemon();

@@ -14,18 +14,6 @@ namespace {
 
 using namespace appliance;
 
-/// Finds the first record of a service and start; null if there is none.
-Json::Value* Find(Json::Value& records, int service, int start)
-{
-    for (Json::Value& record : records) {
-        if (record.isObject() && IntOf(record, member::kId) == service &&
-            IntOf(record, member::kStartTime) == start) {
-            return &record;
-        }
-    }
-    return nullptr;
-}
-
 /// Moves what a client is shown out of a record. The values stay as they are stored.
 Json::Value TakeInfo(Json::Value& record)
 {
@@ -61,8 +49,12 @@ void ScheduleRecordingAPI::GetRepeatInfo()
         SetError(kErrorFailed);
         return;
     }
-    if (Json::Value* const record = Find(records, service, start)) {
-        Json::Value info = TakeInfo(*record);
-        SetResponse(info);
+    for (Json::Value& record : records) {
+        if (record.isObject() && IntOf(record, member::kId) == service &&
+            IntOf(record, member::kStartTime) == start) {
+            Json::Value info = TakeInfo(record);
+            SetResponse(info);
+            return; // of several the first
+        }
     }
 }

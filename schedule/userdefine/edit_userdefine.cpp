@@ -48,7 +48,6 @@ struct Edit {
 struct StoredSchedules {
     Json::Value oneShot; ///< array, or null if the file was not loaded; likewise `repeat`
     Json::Value repeat;
-    bool areReadable = false; ///< neither file exists without being readable
     bool mustRewrite = false; ///< `remaining` is to replace the one-shot file
     Json::Value remaining;    ///< array, or null if no record remains
 };
@@ -70,15 +69,6 @@ bool ReadEdit(KALD::WebCGI& request, Edit& edit)
     edit.endDate = text("end_date");
     edit.weekdays = std::string(text("weekdaystatus")).substr(0, kWeekdaysLength);
     return !edit.isRepeat || (hasWeekly && !edit.endDate.empty() && !edit.weekdays.empty());
-}
-
-StoredSchedules LoadSchedules(int tuner)
-{
-    StoredSchedules stored;
-    RecordFile const oneShot = LoadRecordFile(stored.oneShot, OneShotFile(tuner));
-    RecordFile const repeat = LoadRecordFile(stored.repeat, RepeatFile(tuner));
-    stored.areReadable = oneShot != RecordFile::kUnreadable && repeat != RecordFile::kUnreadable;
-    return stored;
 }
 
 /// Excludes the one-shot records that `isOld` selects from the overlap test.
@@ -164,12 +154,9 @@ bool Overlaps(Edit const& edit, StoredSchedules& stored)
     int selected[kDaysOfWeek] = {};
     int const limit = KALDTremolane::GetRepeatLimitTime(
         edit.isWeekly ? 1 : 0, edit.weekdays.c_str(), edit.endDate.c_str(), selected);
-    int const today = Today(); // the days count from today, not from the new start
-    for (int k = 0; k < limit; ++k) {
-        std::int64_t const start = edit.start + std::int64_t{k} * kDaySeconds;
-        if (!std::in_range<int>(start)) {
-            break; // no stored schedule begins that late
-        }
+    int const today = Today();       // the days count from today, not from the new start
+    std::int64_t start = edit.start; // beyond 32 bits no stored schedule begins
+    for (int k = 0; k < limit && std::in_range<int>(start); ++k, start += kDaySeconds) {
         if (selected[(today + k) % kDaysOfWeek] == 1 &&
             TaskIsOverLap(static_cast<int>(start), edit.duration, stored.oneShot, stored.repeat)) {
             return true;
@@ -205,7 +192,9 @@ void ScheduleRecordingAPI::EditUserDefine()
         SetError(kErrorBadParameter);
         return;
     }
-    StoredSchedules stored = LoadSchedules(*tuner);
+    StoredSchedules stored;
+    RecordFile const oneShot = LoadRecordFile(stored.oneShot, OneShotFile(*tuner));
+    RecordFile const repeat = LoadRecordFile(stored.repeat, RepeatFile(*tuner));
     ExcludeOldSchedule(m_userDefineRecord, stored);
     if (Overlaps(edit, stored)) {
         SetError(kErrorOverlap);
@@ -216,7 +205,7 @@ void ScheduleRecordingAPI::EditUserDefine()
     if (!CheckCanStore(edit.isRepeat)) {
         return;
     }
-    if (!stored.areReadable) {
+    if (oneShot == RecordFile::kUnreadable || repeat == RecordFile::kUnreadable) {
         SetError(kErrorFailed);
         return;
     }
@@ -227,11 +216,6 @@ void ScheduleRecordingAPI::EditUserDefine()
         SetError(kErrorFailed);
         return;
     }
-    DeleteOldThenCreateNew();
-}
-
-void ScheduleRecordingAPI::DeleteOldThenCreateNew()
-{
     m_deleteOld = true;
     DeleteUserDefine();
     m_deleteOld = false;

@@ -32,56 +32,40 @@ std::string LocalText(std::time_t time, char const* format)
     return {text, std::strftime(text, sizeof text, format, &local)};
 }
 
-/// Renders seven flags, Sunday first, of which only the one of `weekday` is set.
-std::string FlagsOf(std::string const& weekday)
+/// Returns what a new schedule is offered: half an hour, and today as its only weekday.
+Json::Value NewRecord(std::time_t now)
 {
-    std::string flags;
-    for (int day = 0; day < 7; ++day) {
-        flags += day > 0 ? "," : "";
-        flags += std::to_string(day) == weekday ? '1' : '0';
-    }
-    return flags;
+    std::tm local{};
+    ::localtime_r(&now, &local);
+    std::string weekdays = "0,0,0,0,0,0,0";
+    weekdays[2 * static_cast<std::size_t>(local.tm_wday)] = '1';
+    Json::Value record;
+    record[member::kDuration] = 1800;
+    record[member::kIsRepeat] = false;
+    record[member::kWeekdayStatus] = weekdays;
+    record[member::kEndDate] = "1";
+    return record;
 }
 
-/// Fills in what both answers show of a start.
-Json::Value StartInfo(std::time_t start, std::time_t now)
-{
-    Json::Value info(Json::objectValue);
-    info[member::kStartDate] = LocalText(start, kDate);
-    info[member::kStartTime] = LocalText(start, kTimeOfDay);
-    info[kStartWeekday] = LocalText(start, kWeekday);
-    info[kTodayDate] = LocalText(now, kDate);
-    return info;
-}
-
-Json::Value StoredScheduleInfo(Json::Value const& record, std::time_t now)
+/// Returns what a client is shown of a record that starts at `start`.
+Json::Value InfoOf(Json::Value const& record, std::time_t start, std::time_t now)
 {
     char duration[64];
     ScheduleRecordingAPI::SecondsToTimeText(duration, sizeof duration,
                                             IntOf(record, member::kDuration));
-    Json::Value info = StartInfo(IntOf(record, member::kStartTime), now);
+    Json::Value info;
     info[member::kChannelName] = TextOf(record, member::kChannelName);
     info[member::kChannelId] = TextOf(record, member::kChannelId);
+    info[member::kStartDate] = LocalText(start, kDate);
+    info[member::kStartTime] = LocalText(start, kTimeOfDay);
+    info[kStartWeekday] = LocalText(start, kWeekday);
+    info[kTodayDate] = LocalText(now, kDate);
     info[member::kDuration] = duration;
     info[member::kTitle] = TextOf(record, member::kEventName);
     info[member::kDescription] = TextOf(record, member::kTextName);
     info[member::kIsRepeat] = MemberOf(record, member::kIsRepeat);
     info[member::kWeekdayStatus] = TextOf(record, member::kWeekdayStatus);
     info[member::kEndDate] = TextOf(record, member::kEndDate);
-    return info;
-}
-
-Json::Value NewScheduleInfo(std::time_t now)
-{
-    Json::Value info = StartInfo(now, now);
-    info[member::kChannelName] = "";
-    info[member::kChannelId] = "";
-    info[member::kDuration] = "00:30";
-    info[member::kTitle] = "";
-    info[member::kDescription] = "";
-    info[member::kIsRepeat] = false;
-    info[member::kWeekdayStatus] = FlagsOf(info[kStartWeekday].asString());
-    info[member::kEndDate] = "1";
     return info;
 }
 
@@ -100,6 +84,7 @@ void ScheduleRecordingAPI::GetUserDefineInfo()
     Json::Value record;
     bool const isStored =
         start >= 0 && KALDTremolane::ReadUserDefineFromFile(record, start, *tuner) >= 0;
-    Json::Value info = isStored ? StoredScheduleInfo(record, now) : NewScheduleInfo(now);
+    Json::Value info = isStored ? InfoOf(record, IntOf(record, member::kStartTime), now)
+                                : InfoOf(NewRecord(now), now, now);
     SetResponse(info);
 }
