@@ -1,7 +1,10 @@
 // Knows the API: how its methods are called and how they fail. It needs nothing else of the page,
 // so another client can use it as it is.
 
-/** A failed request. `code` is the API's; without an answer, "lost", "refused" or "garbled". */
+/**
+ * A failed request. `code` is the API's; without an answer, "lost", "refused" or "garbled". A
+ * client may find a schedule "gone" before a change or "missing" after it.
+ */
 export class ApiError extends Error {
   constructor(method, code) {
     super(`${method} failed: ${code}`);

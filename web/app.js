@@ -4,10 +4,11 @@ import { makeDialog } from "./dialog.js";
 import { makeListView } from "./list_view.js";
 import { Schedules, isRepeat } from "./schedules.js";
 import { TEXT, explain, translate } from "./text.js";
-import { DAY, weekOf } from "./week.js";
+import { DAY, wallOf, weekOf } from "./week.js";
 import { makeWeekView } from "./week_view.js";
 import { FIRST_WEEKDAY, nameOf, whenOf } from "./words.js";
 
+const UNDO_TIME = 10_000; // milliseconds for which a deletion can be undone
 const SLOW = 300; // milliseconds after which a wait is shown
 const find = (selector) => document.querySelector(selector);
 const tunerButtons = document.querySelectorAll("#tuners button");
@@ -16,11 +17,12 @@ translate(document);
 // The origin leaves out a login with which the address of the page may have been typed.
 const endpoint = new URL(document.documentElement.dataset.endpoint, location.origin).href;
 const schedules = new Schedules(connect(endpoint, { onBusy }));
-const dialog = makeDialog(find("#recording"), schedules, { save, remove });
-const weekView = makeWeekView(find("#week .days"), find("#week-title"), open);
-const listView = makeListView(find("#list"), open, (start) => guard(() => showList(start)));
+const dialog = makeDialog(find("#recording"), schedules, { save, remove, ask });
+const weekView = makeWeekView(find("#week .days"), find("#week-title"), openChanged);
+const listView = makeListView(find("#list"), openChanged, (start) => guard(() => showList(start)));
 
 let waiting = 0; // timer of the wait that may become slow
+let undoing = 0; // timer after which nothing can be undone
 let listStart = 0;
 let week = null; // null means the week of today
 
@@ -33,11 +35,14 @@ function onBusy(pending) {
   find("main").ariaBusy = String(pending > 0);
 }
 
-function open(plan) {
+function openBy(action) {
   const { key } = document.activeElement.dataset;
   find("#recording").onclose = () => refocus(key, find("#create"));
-  return guard(() => dialog.open(plan));
+  return guard(action);
 }
+
+function openNew(values) { return openBy(() => dialog.openNew(values)); }
+function openChanged(plan, values) { return openBy(() => dialog.openChanged(plan, values)); }
 
 // What is shown anew has new elements. Those that stand for the same schedule have the same key.
 function refocus(key, other) {
@@ -95,40 +100,73 @@ async function guard(action) {
   }
 }
 
-/** Changes something, reads what stands afterwards even on failure, and says what is done. */
-async function change(action, done) {
-  find("#done").textContent = "";
-  find("#done").textContent = done(await action().finally(() => guard(() => read())));
+/** Says what is done, and offers for a while to undo it. */
+function tell(text, undo) {
+  clearTimeout(undoing);
+  find("#done").textContent = text;
+  find("#undo").hidden = !undo;
+  find("#undo").onclick = () => guard(() => change(undo, () => tell(TEXT.undone)));
+  if (undo) undoing = setTimeout(() => { find("#undo").hidden = true; }, UNDO_TIME);
 }
 
-/** Asks once, then does it. Returns false if it is not wanted. */
-async function confirm({ text, verb, done }, action) {
+/** Changes something, reads what stands afterwards even on failure, and tells what is done. */
+async function change(action, told, tuner) {
+  tell("");
+  const result = await action().catch(async (problem) => {
+    await read(tuner).catch(() => {}); // the first failure is the cause and is told alone
+    throw problem;
+  });
+  await guard(() => read(tuner));
+  told(result);
+}
+
+/** Whether the user agrees. */
+async function ask(text, verb) {
   const question = find("#question");
   find("#question-text").textContent = text;
   find("#question .main").textContent = verb;
   question.returnValue = "no";
   question.showModal();
   await new Promise((resolve) => { question.onclose = resolve; });
-  return question.returnValue === "yes" && change(action, () => done);
+  return question.returnValue === "yes";
+}
+
+/** Asks once, then does it. */
+async function confirm({ text, verb, done }, action) {
+  if (await ask(text, verb)) await change(action, () => tell(done));
 }
 
 function save(draft, old) {
-  const name = draft.kind === "userdefine" && draft.title || draft.channelName;
-  const moved = "The wanted time does not exist there, because the clocks change.";
-  return change(() => schedules.save(draft, old), (wall) =>
-    (wall === draft.wall ? `Saved: ${name}.` : `Saved: ${name}, ${whenOf({ wall })}. ${moved}`));
+  const name = !draft.plain && draft.title || draft.channelName || draft.id;
+  return change(() => schedules.save(draft, old), (stored) => {
+    const wall = wallOf(stored.start);
+    tell(wall === draft.wall ? TEXT.saved(name) : TEXT.savedElsewhere(name, whenOf({ wall })));
+    reveal(stored);
+  }, draft.tuner);
 }
 
-function remove(chosen) {
-  if (!chosen.length) throw new Error("Choose schedules in the list first.");
-  const what = chosen.length === 1 ? nameOf(chosen[0]) : `${chosen.length} schedules`;
-  const text = `Delete ${what}${chosen.some(isRepeat) ? ", with all days of what repeats" : ""}?`;
-  const question = { text, verb: "Delete", done: `Deleted: ${what}.` };
-  return confirm(question, () => schedules.remove(chosen));
+/** Shows a schedule in the week: the shown one if it is there, otherwise that of its start. */
+function reveal({ primeid, start }) {
+  const boxOf = () => find(`.box[data-key^="${CSS.escape(`box ${primeid} `)}"]`);
+  if (!boxOf()) {
+    week = weekOf(wallOf(start), FIRST_WEEKDAY);
+    showWeek();
+  }
+  boxOf()?.scrollIntoView({ block: "center" });
+}
+
+async function remove(chosen, tuner = schedules.tuner) {
+  if (!chosen.length) throw new Error(TEXT.chooseFirst);
+  const what = chosen.length === 1 ? nameOf(chosen[0]) : TEXT.several(chosen.length);
+  const text = [(chosen.some(isRepeat) ? TEXT.removeAll : TEXT.remove)(what)];
+  if (chosen.some((one) => one.title && !one.is_userdefine)) text.push(TEXT.losesTitle);
+  if (!await ask(text.join(" "), TEXT.delete)) return false;
+  const removing = () => schedules.remove(chosen, tuner);
+  return change(removing, (undo) => tell(TEXT.deleted(what), undo), tuner);
 }
 
 const BUTTONS = {
-  "#create": () => open(),
+  "#create": () => openNew(),
   "#reload": () => read(), "#retry": () => read(), "#dismiss": () => {},
   "#stop": () => confirm(TEXT.stopping, () => schedules.stop()),
   "#clear": () => confirm(TEXT.clearing, () => schedules.clearPassed()),
