@@ -216,8 +216,8 @@ def test_page_works_by_keyboard(page):
         keys.send_keys(Keys.TAB).perform()
     keys.send_keys(Keys.ENTER).perform()
     page.see("#recording[open]")
-    keys.send_keys("Typed", Keys.TAB, Keys.TAB, f"{SOON:%m%d%Y}", Keys.TAB, Keys.TAB, "0505AM",
-                   Keys.ENTER).perform()
+    keys.send_keys("Typed", Keys.TAB, Keys.TAB, Keys.TAB, f"{SOON:%m%d%Y}", Keys.TAB, Keys.TAB,
+                   "0505AM", Keys.ENTER).perform()
     page.see("#done", "Saved: Typed.")
     assert (SOON.replace(hour=5, minute=5), "Typed") in {one[:2] for one in page.records()}
 

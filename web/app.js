@@ -110,7 +110,7 @@ function tell(text, undo) {
 }
 
 /** Changes something, reads what stands afterwards even on failure, and tells what is done. */
-async function change(action, told, tuner) {
+async function change(action, told, tuner = schedules.tuner) {
   tell("");
   const result = await action().catch(async (problem) => {
     await read(tuner).catch(() => {}); // the first failure is the cause and is told alone
@@ -155,14 +155,13 @@ function reveal({ primeid, start }) {
   boxOf()?.scrollIntoView({ block: "center" });
 }
 
-async function remove(chosen, tuner = schedules.tuner) {
+async function remove(chosen) {
   if (!chosen.length) throw new Error(TEXT.chooseFirst);
   const what = chosen.length === 1 ? nameOf(chosen[0]) : TEXT.several(chosen.length);
   const text = [(chosen.some(isRepeat) ? TEXT.removeAll : TEXT.remove)(what)];
   if (chosen.some((one) => one.title && !one.is_userdefine)) text.push(TEXT.losesTitle);
   if (!await ask(text.join(" "), TEXT.delete)) return false;
-  const removing = () => schedules.remove(chosen, tuner);
-  return change(removing, (undo) => tell(TEXT.deleted(what), undo), tuner);
+  return change(() => schedules.remove(chosen), (undo) => tell(TEXT.deleted(what), undo));
 }
 
 const BUTTONS = {

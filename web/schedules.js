@@ -7,15 +7,14 @@ const AT_ONCE = 4; // requests for rules; each starts a program on the appliance
 export const PAGE = 50;
 
 export const isRepeat = (schedule) => schedule.status >= 12 && schedule.status <= 15;
-const sameKey = (a, b) => a.start_time === b.start_time && serviceOf(a) === serviceOf(b);
 
 /** Whether two schedules of a tuner are the same one, whatever else has changed of it. */
-export const isSame = (a, b) => sameKey(a, b) && isRepeat(a) === isRepeat(b);
+export const isSame = (a, b) => a.start_time === b.start_time && serviceOf(a) === serviceOf(b) &&
+  isRepeat(a) === isRepeat(b);
 
-/** The first of the tuners on which a plan collides with none of theirs. `entries`: tuner, plans */
-export function freeTuner(wanted, entries, clock) {
-  return entries.find(([, plans]) => !collisionsWith(wanted, plans, clock).length)?.[0];
-}
+/** The first tuner on which a plan collides with nothing, of [tuner, its plans]; else undefined. */
+export const freeTuner = (wanted, tuners, clock) =>
+  tuners.find(([, plans]) => !collisionsWith(wanted, plans, clock).length)?.[0];
 
 /** Works on all items, some at a time. All of them are tried; then the first failure is thrown. */
 async function forEach(items, limit, work) {
@@ -34,40 +33,37 @@ export class Schedules {
   plans = [];
   clock = new Clock();
   channels = new Map(); // name by id, of all schedules seen: no method lists the channels
-  #others = new Map(); // plans of other tuners, as promises
+  #others = new Map(); // promises of the plans of other tuners
   #api;
 
   constructor(api) { this.#api = api; }
 
-  #call(method, parameters) { return this.#api.call(method, { tuner: this.tuner, ...parameters }); }
-
-  /** Reads a list. A schedule without a channel's name gets that of another one. */
-  async #list(parameters) {
-    const answer = await this.#call("list", parameters);
-    const { channels } = this;
+  /** Reads a list. Its schedules tell their tuner, and the name of the channel if one has it. */
+  async #list(tuner, page = {}) {
+    const answer = await this.#api.call("list", { tuner, ...page });
     for (const { id, channel_name: name } of answer.schedules) {
-      channels.set(id, name || channels.get(id) || "");
+      this.channels.set(id, name || this.channels.get(id) || "");
     }
-    for (const one of answer.schedules) one.channel_name = channels.get(one.id);
+    for (const one of answer.schedules) {
+      Object.assign(one, { tuner, channel_name: this.channels.get(one.id) });
+    }
     return answer;
   }
 
-  #plansOf(schedules, tuner) {
-    return schedules.map((one) => {
-      const plan = { ...planOf(one, isRepeat(one) ? undefined : null), tuner };
-      this.clock.learn(plan.wall, plan.epoch);
-      return plan;
-    });
+  async #read(tuner) {
+    const { schedules } = await this.#list(tuner);
+    for (const { start, start_time } of schedules) this.clock.learn(wallOf(start), start_time);
+    return schedules.map((one) => planOf(one, isRepeat(one) ? undefined : null));
   }
 
   /** Reads a tuner whole, but for its rules: loadRules() reads those. Returns the turn. */
   async load(tuner) {
     const turn = ++this.turn;
     if (tuner !== this.tuner) Object.assign(this, { tuner, plans: [] });
-    const [{ schedules }, now] = await Promise.all([this.#list({ tuner }), this.#api.now(tuner)]);
+    const [plans, now] = await Promise.all([this.#read(tuner), this.#api.now(tuner)]);
     if (turn !== this.turn) return turn;
     this.clock.setNow(wallOf(`${now.form.start_date} ${now.form.start_time}`), now.epoch);
-    this.plans = this.#plansOf(schedules, tuner);
+    this.plans = plans;
     this.#others.clear();
     return turn;
   }
@@ -75,43 +71,35 @@ export class Schedules {
   lacksRules() { return this.plans.some(({ rule }) => rule === undefined); }
 
   /** Reads the days and the ends of the repeat schedules, which `list` does not tell. */
-  loadRules(plans = this.plans) { // another tuner may be chosen meanwhile
-    return forEach([...plans.entries()], AT_ONCE, async ([index, plan]) => {
+  async loadRules(plans = this.plans) { // another tuner may be chosen meanwhile
+    await forEach([...plans.entries()], AT_ONCE, async ([index, plan]) => {
       plans[index] = await this.withRule(plan);
     });
+    return plans;
+  }
+
+  #ruleOf({ tuner, id, start_time }) {
+    return this.#api.call("getinfo_repeat", { tuner, id, start_time });
   }
 
   /** The plan with its rule, which is read if it is not known. */
   async withRule(plan) {
-    if (plan.rule !== undefined) return plan;
-    const rule = await this.#ruleOf(plan.schedule, plan.tuner);
-    return rule ? { ...planOf(plan.schedule, rule), tuner: plan.tuner } : plan;
-  }
-
-  #ruleOf({ id, start_time }, tuner) {
-    return this.#call("getinfo_repeat", { tuner, id, start_time });
+    const rule = plan.rule ?? (plan.rule === undefined && await this.#ruleOf(plan.schedule));
+    return rule ? planOf(plan.schedule, rule) : plan;
   }
 
   /** The tuners that are looked at together: the first four, and the shown one. */
   tuners() { return [...new Set([0, 1, 2, 3, this.tuner])]; }
 
-  /**
-   * The plans of any tuner, with their rules. Those of a tuner that is not shown are read once,
-   * until the shown one is read again.
-   */
+  /** The plans of any tuner with their rules. Other tuners are read once for each load(). */
   async plansOf(tuner) {
     if (tuner === this.tuner) return this.plans;
-    if (!this.#others.has(tuner)) this.#others.set(tuner, this.#readOther(tuner));
+    const read = async () => this.loadRules(await this.#read(tuner));
+    if (!this.#others.has(tuner)) this.#others.set(tuner, read());
     return this.#others.get(tuner);
   }
 
-  async #readOther(tuner) {
-    const plans = this.#plansOf((await this.#list({ tuner })).schedules, tuner);
-    await this.loadRules(plans);
-    return plans;
-  }
-
-  /** The number of a tuner on which a plan collides with nothing, undefined if there is none. */
+  /** The number of a tuner on which a plan collides with nothing, else undefined. */
   async freeTuner(wanted) {
     const read = async (tuner) => [tuner, await this.plansOf(tuner)];
     return freeTuner(wanted, await Promise.all(this.tuners().map(read)), this.clock);
@@ -119,27 +107,28 @@ export class Schedules {
 
   /** One page as the server cuts it; the first one if the list has become too short for it. */
   async page(start) {
-    if (start > 0 && start < this.plans.length) return this.#list({ start, limit: PAGE });
+    const isThere = start > 0 && start < this.plans.length;
+    if (isThere) return this.#list(this.tuner, { start, limit: PAGE });
     return { start: 0, schedules: this.plans.slice(0, PAGE).map(({ schedule }) => schedule) };
   }
 
-  clearPassed() { return this.#call("delete_passed"); }
-  stop() { return this.#call("delete"); }
+  clearPassed() { return this.#api.call("delete_passed", { tuner: this.tuner }); }
+  stop() { return this.#api.call("delete", { tuner: this.tuner }); }
 
   /**
    * The form of a user-defined schedule, otherwise null. `is_userdefine` also marks a plain
    * schedule that starts with a user-defined one.
    */
-  async formOf(schedule, tuner = this.tuner) {
+  async formOf(schedule) {
     if (!schedule.is_userdefine) return null;
-    const { start_time } = schedule;
-    const form = await this.#call("getinfo_userdefine", { tuner, start_time });
+    const { tuner, start_time } = schedule;
+    const form = await this.#api.call("getinfo_userdefine", { tuner, start_time });
     return serviceOf({ id: form.channel_id }) === serviceOf(schedule) ? form : null;
   }
 
-  /** What is stored of a schedule; throws an ApiError with a code if it is no longer there. */
-  async #find(wanted, tuner, code) {
-    const { schedules } = await this.#list({ tuner });
+  /** What is stored of a schedule. Throws an ApiError with a code if it is not there. */
+  async #find(wanted, code) {
+    const { schedules } = await this.#list(wanted.tuner);
     const found = schedules.find((one) => isSame(one, wanted));
     if (!found) throw new ApiError("list", code);
     return found;
@@ -150,7 +139,7 @@ export class Schedules {
    * as it is read back. If the clock did not know the UTC offset of its date, it is then moved.
    */
   async save(draft, old) {
-    if (old) await this.#find(old, draft.tuner, "gone");
+    if (old) await this.#find(old, "gone");
     const isMoved = !old || wallOf(old.start) !== draft.wall;
     const epoch = isMoved ? this.clock.epochOf(draft.wall) : old.start_time;
     const stored = await this.#store(draft, epoch, old);
@@ -162,75 +151,69 @@ export class Schedules {
 
   /** Stores a draft at an epoch, and reads it back. */
   async #store(draft, epoch, old) {
-    const key = { id: draft.id, start_time: epoch };
-    if (draft.plain) await this.#storePlain(draft, key, old);
-    else await this.#storeUserdefined(draft, epoch, old);
-    const status = draft.repeats ? 12 : 1;
-    const stored = await this.#find({ ...key, status }, draft.tuner, "missing");
-    if (!draft.plain && !stored.is_userdefine) throw new ApiError("list", "missing");
+    const { tuner, id, plain, repeats } = draft;
+    const store = plain ? this.#storePlain : this.#storeOwn;
+    const isNew = await store.call(this, draft, epoch, old);
+    // No method moves a plain schedule: it is deleted when the new one is stored.
+    if (old && isNew) await this.remove([old]).catch((problem) => {
+      if (problem.code !== 402) throw problem; // it is gone already
+    });
+    const wanted = { tuner, id, start_time: epoch, status: repeats ? 12 : 1 };
+    const stored = await this.#find(wanted, "missing");
+    if (!plain && !stored.is_userdefine) throw new ApiError("list", "missing");
     return stored;
   }
 
-  async #storePlain({ tuner, repeats, rule }, key, old) {
-    const stays = old && old.id === key.id && old.start_time === key.start_time;
-    const ruleMethod = stays ? "edit_repeat" : "create_repeat";
-    if (repeats) await this.#call(ruleMethod, { tuner, ...key, ...rule });
-    else if (!stays) await this.#call("create", { tuner, ...key });
-    if (old && !stays) await this.#replace(old, tuner);
+  // These two return whether the schedule is a new one, beside which the old one still stands.
+  async #storePlain({ tuner, id, repeats, rule }, start_time, old) {
+    const isNew = old?.id !== id || old.start_time !== start_time;
+    const parameters = { tuner, id, start_time, ...(repeats && rule) };
+    const repeatMethod = isNew ? "create_repeat" : "edit_repeat";
+    if (isNew || repeats) await this.#api.call(repeats ? repeatMethod : "create", parameters);
+    return isNew;
   }
 
-  async #storeUserdefined({ tuner, ...draft }, epoch, old) {
-    const { id, channelName, title, description, duration, repeats, rule } = draft;
+  async #storeOwn(draft, epoch, old) {
+    const { tuner, id, channelName, title, description, duration, repeats, rule } = draft;
     const texts = { tuner, id, channel_name: channelName || id, title, description, duration };
     const form = this.#timed({ ...texts, is_repeat: repeats, ...(repeats && rule) }, epoch);
-    if (old && await this.formOf(old, tuner)) {
-      const [orig_start_date, orig_start_time] = this.clock.reading(old.start_time);
-      return this.#call("edit_userdefine", { ...form, orig_start_date, orig_start_time });
-    }
-    await this.#call("create_userdefine", form);
-    return old && this.#replace(old, tuner);
+    const isNew = !old || !await this.formOf(old);
+    if (isNew) await this.#api.call("create_userdefine", form);
+    else await this.#api.call("edit_userdefine", this.#timed(form, old.start_time, "orig_"));
+    return isNew;
   }
 
-  // No method moves a plain schedule: it is deleted when the new one is stored.
-  #replace(old, tuner) {
-    return this.remove([old], tuner).catch((problem) => {
-      if (problem.code !== 402) throw problem; // it is gone already
-    });
+  // With the date and the time that stand for an epoch in a request.
+  #timed(form, epoch, prefix = "") {
+    const [date, time] = this.clock.reading(epoch);
+    return { ...form, [`${prefix}start_date`]: date, [`${prefix}start_time`]: time };
   }
 
   /**
    * Deletes schedules of any kind. If one fails, the others are still tried. Returns a function
    * that stores them again; what is plain then lacks its title and its length.
    */
-  async remove(schedules, tuner = this.tuner) {
-    const found = [];
+  async remove(schedules) {
+    const found = []; // kind in the names of methods, parameters that delete, those that create
     await forEach(schedules, AT_ONCE, async (schedule) => {
-      const { id, start_time } = schedule;
-      const form = await this.formOf(schedule, tuner);
-      const rule = isRepeat(schedule) && await this.#ruleOf(schedule, tuner);
-      const kind = form ? "_userdefine" : isRepeat(schedule) ? "_repeat" : "";
+      const { tuner, id, start_time } = schedule;
+      const form = await this.formOf(schedule);
+      const rule = isRepeat(schedule) && await this.#ruleOf(schedule);
       const named = { ...form, channel_name: form?.channel_name || id };
-      const own = form && this.#timed(named, start_time);
-      found.push({ schedule, kind, made: { ...rule, id, start_time, ...own } });
+      const made = { ...rule, tuner, id, start_time, ...(form && this.#timed(named, start_time)) };
+      const kind = form ? "_userdefine" : isRepeat(schedule) ? "_repeat" : "";
+      found.push([kind, { tuner, id: start_time, channel_id: id }, made]);
     });
-    const calls = found.map(({ kind, made: { id }, schedule: { start_time } }) =>
-      [`delete${kind}`, { tuner, id: start_time, channel_id: id }]);
+    const calls = found.map(([kind, gone]) => [`delete${kind}`, gone]);
     // delete_repeat does not tell the tuner daemon, delete_userdefine does. Start 0, which no
     // schedule has, deletes nothing.
-    if (found.some(({ kind }) => kind === "_repeat")) {
-      calls.push(["delete_userdefine", { tuner, id: "0" }]);
-    }
-    const callAll = (some) => forEach(some, 1, (call) => this.#call(...call));
+    const rule = found.find(([kind]) => kind === "_repeat");
+    if (rule) calls.push(["delete_userdefine", { ...rule[1], id: 0 }]);
+    const callAll = (some) => forEach(some, 1, (call) => this.#api.call(...call));
     await callAll(calls);
     return async () => {
-      await callAll(found.map(({ kind, made }) => [`create${kind}`, { tuner, ...made }]));
-      for (const { schedule } of found) await this.#find(schedule, tuner, "missing");
+      await callAll(found.map(([kind, , made]) => [`create${kind}`, made]));
+      for (const schedule of schedules) await this.#find(schedule, "missing");
     };
-  }
-
-  // With the date and the time that stand for an epoch in a request.
-  #timed(form, epoch) {
-    const [start_date, start_time] = this.clock.reading(epoch);
-    return { ...form, start_date, start_time };
   }
 }
