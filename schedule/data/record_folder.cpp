@@ -11,31 +11,19 @@
 
 #include <utility>
 
-namespace {
-
-using namespace appliance;
-
-Json::StaticString const kSection{"section"};
-Json::StaticString const kShare{"share"};
-Json::StaticString const kSubpath{"subpath"};
-
-} // namespace
-
 bool ScheduleRecordingAPI::HasRecordFolder()
 {
+    using namespace appliance;
     Json::Value folders;
     if (!WebUtils::LoadJsonFile(folders, kFolderList) || !folders.isArray()) {
         return false;
     }
     bool found = false;
     for (Json::Value const& element : std::as_const(folders)) {
-        if (::strcasecmp(TextOf(element, kSection).c_str(), "tv_record") != 0) {
-            continue;
-        }
-        std::string const path =
-            KALDTremolane::GetFullPath(TextOf(element, kShare), TextOf(element, kSubpath));
-        if (libtm::critical::fileop::DoesDirExist(path)) {
-            found = true;
+        if (::strcasecmp(TextOf(element, "section").c_str(), "tv_record") == 0) {
+            std::string const path =
+                KALDTremolane::GetFullPath(TextOf(element, "share"), TextOf(element, "subpath"));
+            found = libtm::critical::fileop::DoesDirExist(path) || found;
         }
     }
     return found;

@@ -9,12 +9,6 @@
 #include <cstdint>
 #include <limits>
 
-namespace {
-
-constexpr std::uint32_t kNoUid = std::numeric_limits<std::uint32_t>::max();
-
-} // namespace
-
 std::optional<std::string> ScheduleRecordingAPI::CheckCanStore(bool isRepeat)
 {
     if (!isRepeat && !HasRecordFolder()) {
@@ -27,7 +21,7 @@ std::optional<std::string> ScheduleRecordingAPI::CheckCanStore(bool isRepeat)
                  isRepeat ? kRepeatUserLookup : kOneShotUserLookup);
         return std::nullopt;
     }
-    if (uid == kNoUid) {
+    if (uid == std::numeric_limits<std::uint32_t>::max()) {
         ::syslog(LOG_ERR, "%s:%d uid is error.", kLogSource,
                  isRepeat ? kRepeatUserUid : kOneShotUserUid);
         SetError(kErrorFailed);

@@ -1,5 +1,4 @@
-/// @file The method `edit_userdefine`: validate, exclude the old schedule, test for overlap,
-/// commit.
+/// @file The method `edit_userdefine`: validate, test for overlap, commit.
 ///
 /// Nothing is changed in place. The new times are tested against the stored schedules, among which
 /// the old one no longer counts. Then the old schedule is deleted and the new one created, through
@@ -19,9 +18,9 @@
 
 #include <syslog.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <ctime>
+#include <optional>
 #include <utility>
 
 namespace {
@@ -29,7 +28,6 @@ namespace {
 using namespace appliance;
 
 constexpr std::size_t kWeekdaysLength = 15; ///< of a longer list the rest is dropped
-constexpr int kExcludedStart = 0; ///< a record that starts here takes no part in the overlap test
 constexpr int kDaySeconds = 86400;
 constexpr int kDaysOfWeek = 7;
 
@@ -48,8 +46,7 @@ struct Edit {
 struct StoredSchedules {
     Json::Value oneShot; ///< array, or null if the file was not loaded; likewise `repeat`
     Json::Value repeat;
-    bool mustRewrite = false; ///< `remaining` is to replace the one-shot file
-    Json::Value remaining;    ///< array, or null if no record remains
+    std::optional<Json::Value> newOneShotFile; ///< array, or null if no record remains
 };
 
 /// Reads the parameters; returns false if one is missing or unusable.
@@ -71,67 +68,33 @@ bool ReadEdit(KALD::WebCGI& request, Edit& edit)
     return !edit.isRepeat || (hasWeekly && !edit.endDate.empty() && !edit.weekdays.empty());
 }
 
-/// Excludes the one-shot records that `isOld` selects from the overlap test.
-template <class Predicate>
-void ExcludeOneShots(Json::Value& oneShot, Predicate const& isOld)
+/// Removes the schedule of the record `old`, which the overlap test must not find. A one-shot
+/// schedule that an old repeat schedule generated last, and whose recording has not begun, would
+/// collide with its own successor: it is removed too, from the file as well.
+void RemoveOldSchedule(Json::Value const& old, StoredSchedules& stored)
 {
-    for (Json::Value& record : oneShot) {
-        if (record.isObject() && isOld(record)) {
-            record[member::kStartTime] = kExcludedStart;
-        }
-    }
-}
-
-/// Excludes the repeat schedules that begin at `start`. Returns the start of the one-shot schedule
-/// that was generated last from the last of them, or 0.
-int ExcludeRepeats(Json::Value& repeat, int start)
-{
-    int lastGeneratedStart = 0;
-    for (Json::Value& record : repeat) {
-        if (record.isObject() && IntOf(record, member::kStartTime) == start) {
-            lastGeneratedStart = IntOf(record, member::kLastCreateTime);
-            record[member::kStartTime] = kExcludedStart;
-            record[member::kLastCreateTime] = 0;
-        }
-    }
-    return lastGeneratedStart;
-}
-
-/// Returns whether a one-shot record is the one that the repeat schedule of this channel generated
-/// last and whose recording has not begun.
-bool IsGeneratedBy(Json::Value const& record, std::string const& channelId, int lastGeneratedStart)
-{
-    return IntOf(record, member::kStartTime) == lastGeneratedStart &&
-           IntOf(record, member::kStatus) == kStatusWaiting &&
-           TextOf(record, member::kServiceId) + '@' + TextOf(record, member::kFrequency) ==
-               channelId;
-}
-
-/// Excludes the schedule of the record `old` from the overlap test. A one-shot schedule that an old
-/// repeat schedule generated would collide with its own successor: it is excluded too, and it is
-/// left out of `remaining`.
-void ExcludeOldSchedule(Json::Value const& old, StoredSchedules& stored)
-{
-    int const start = IntOf(old, member::kStartTime);
+    int const oldStart = IntOf(old, member::kStartTime);
+    auto const isOld = [oldStart](Json::Value const& record) {
+        return IntOf(record, member::kStartTime) == oldStart;
+    };
     if (!FlagOf(old, member::kIsRepeat)) {
-        ExcludeOneShots(stored.oneShot, [start](Json::Value const& record) {
-            return IntOf(record, member::kStartTime) == start;
-        });
+        DropRecords(stored.oneShot, isOld);
         return;
     }
-    int const lastGeneratedStart = ExcludeRepeats(stored.repeat, start);
+    int generatedStart = 0; // of several repeat schedules the last one's
+    DropRecords(stored.repeat, [&](Json::Value const& record) {
+        generatedStart = isOld(record) ? IntOf(record, member::kLastCreateTime) : generatedStart;
+        return isOld(record);
+    });
     std::string const channelId = TextOf(old, member::kChannelId);
-    auto const isGenerated = [&](Json::Value const& record) {
-        return IsGeneratedBy(record, channelId, lastGeneratedStart);
-    };
-    stored.mustRewrite = std::any_of(stored.oneShot.begin(), stored.oneShot.end(), isGenerated);
-    if (stored.mustRewrite) {
-        stored.remaining = stored.oneShot; // a copy: the overlap test may change its documents
-        DropRecords(stored.remaining, isGenerated);
-        if (stored.remaining.empty()) {
-            stored.remaining = Json::Value();
-        }
-        ExcludeOneShots(stored.oneShot, isGenerated);
+    bool const wasGenerated = DropRecords(stored.oneShot, [&](Json::Value const& record) {
+        return IntOf(record, member::kStartTime) == generatedStart &&
+               IntOf(record, member::kStatus) == kStatusWaiting &&
+               TextOf(record, member::kServiceId) + '@' + TextOf(record, member::kFrequency) ==
+                   channelId;
+    });
+    if (wasGenerated) { // a copy: the overlap test may change its documents
+        stored.newOneShotFile = stored.oneShot.empty() ? Json::Value() : stored.oneShot;
     }
 }
 
@@ -165,14 +128,12 @@ bool Overlaps(Edit const& edit, StoredSchedules& stored)
     return false;
 }
 
-/// Saves the one-shot file without the generated schedule. On false the failure is logged.
-bool SaveRemainingOneShots(int tuner, StoredSchedules& stored)
+/// Saves the one-shot file without the generated schedule, if it had one. On false the failure is
+/// logged.
+bool SaveOneShotFile(int tuner, std::optional<Json::Value>& file)
 {
-    if (!stored.mustRewrite) {
-        return true;
-    }
     std::string const path = OneShotFile(tuner);
-    bool const isSaved = WebUtils::SaveJsonFile(stored.remaining, path.c_str());
+    bool const isSaved = !file || WebUtils::SaveJsonFile(*file, path.c_str());
     if (!isSaved) {
         ::syslog(LOG_ERR, "%s:%d Fail to save schedule json. Path is %s", kLogSource,
                  kUserDefineEditSave, path.c_str());
@@ -195,7 +156,7 @@ void ScheduleRecordingAPI::EditUserDefine()
     StoredSchedules stored;
     RecordFile const oneShot = LoadRecordFile(stored.oneShot, OneShotFile(*tuner));
     RecordFile const repeat = LoadRecordFile(stored.repeat, RepeatFile(*tuner));
-    ExcludeOldSchedule(m_userDefineRecord, stored);
+    RemoveOldSchedule(m_userDefineRecord, stored);
     if (Overlaps(edit, stored)) {
         SetError(kErrorOverlap);
         return;
@@ -212,7 +173,7 @@ void ScheduleRecordingAPI::EditUserDefine()
     if (!edit.isRepeat && !ReloadDaemon()) {
         return;
     }
-    if (!SaveRemainingOneShots(*tuner, stored)) {
+    if (!SaveOneShotFile(*tuner, stored.newOneShotFile)) {
         SetError(kErrorFailed);
         return;
     }

@@ -21,14 +21,12 @@ constexpr char kWeekday[] = "%w"; ///< Sunday is 0
 Json::StaticString const kStartWeekday{"start_weekday"};
 Json::StaticString const kTodayDate{"today_date"};
 
-/// Renders a local date or time; empty if the time cannot be broken down.
+/// Renders a local date or time.
 std::string LocalText(std::time_t time, char const* format)
 {
     std::tm local{};
     char text[64];
-    if (::localtime_r(&time, &local) == nullptr) {
-        return "";
-    }
+    ::localtime_r(&time, &local);
     return {text, std::strftime(text, sizeof text, format, &local)};
 }
 
