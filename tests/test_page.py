@@ -29,12 +29,17 @@ FILL = """
     for (const [name, value] of Object.entries(arguments[0])) {
       if (name === "day") fields.day.forEach((one) => { one.checked = value[2 * one.value] > 0; });
       else fields[name][typeof value === "boolean" ? "checked" : "value"] = value;
-    }
-    fields[0].form.dispatchEvent(new Event("input"));"""
+      const field = name === "day" ? fields.day[0] : fields[name];
+      field.dispatchEvent(new Event("input", { bubbles: true }));
+    }"""
 
 
 def start_of(record):
     return datetime.datetime.fromtimestamp(record["start_time"], BERLIN).replace(tzinfo=None)
+
+
+def flags_of(day):
+    return ",".join("01"[number == day.isoweekday() % 7] for number in range(7))
 
 
 @pytest.fixture(scope="module")
@@ -155,19 +160,28 @@ FAR = next(day for number in range(40, 365) if (day := TODAY + number * DAY).rep
 def test_page_creates_changes_and_deletes(page, kind, title, is_repeat, day):
     page.open()
     before, forms, end = page.records(), page.stored().user_defined, str((day + 9 * DAY).date())
-    flags = ",".join("01"[number == day.isoweekday() % 7] for number in range(7))
     page.change(**kind | {"channel": "", "id": "9@8", "channel_name": "Nine", "time": "03:10"},
                 date=str(day.date()), title=title, duration="00:45", day="1,1,1,1,1,1,1")
+    flags = flags_of(day)
     for hour, minute, *rule in [(3, 10, "1,1,1,1,1,1,1", "1", True), (4, 20, flags, end, False)]:
         page.save()
         assert page.records() - before == {
             (day.replace(hour=hour, minute=minute), title, 9, 2700 if title else 1800,
              *(rule if is_repeat else (None, None, None)))}
+        page.see(".box", title or "Nine")
+        assert (page.stored().user_defined == forms) == ("plain" in kind and hour == 3)
         page.change(title or "Nine", time="04:20", day=flags, endless=False, weekly=False, end=end)
     page.press("#delete", "Cancel")
     assert page.records() > before and page.browser.title == "Scheduled recordings"
-    page.press("#delete", "Delete", "Deleted")
-    assert (page.records(), page.stored().user_defined) == (before, forms)
+    made = page.records()
+    for undone in True, False:
+        page.press("#delete", "Delete", "Deleted")
+        assert (page.records(), page.stored().user_defined) == (before, forms)
+        if undone:
+            page.see("#undo").click()
+            page.see("#done", "Stored again")
+            assert page.records() == made
+            page.change(title or "Nine")
 
 
 def test_page_names_and_marks_collisions(page):
@@ -176,6 +190,7 @@ def test_page_names_and_marks_collisions(page):
     page.see("#next" if TODAY.weekday() > 4 else "#today").click()
     page.change(date=str(day), time="21:49", title="Late News", duration="01:00")
     page.see("#collisions", "Collides with Die Uhrmacherin")
+    page.see("#collisions", "Tuner 1 is free then")
     page.save()
     picture = SOURCE / os.environ.get("WEEK_PICTURE", "build/week.png")
     page.browser.save_screenshot(str(picture))
@@ -217,16 +232,63 @@ def test_page_works_by_keyboard(page):
     keys.send_keys(Keys.ENTER).perform()
     page.see("#recording[open]")
     keys.send_keys("Typed", Keys.TAB, Keys.TAB, Keys.TAB, f"{SOON:%m%d%Y}", Keys.TAB, Keys.TAB,
-                   "0505AM", Keys.ENTER).perform()
+                   "0505AM", Keys.TAB, Keys.TAB, Keys.TAB, Keys.SPACE, Keys.ENTER).perform()
     page.see("#done", "Saved: Typed.")
-    assert (SOON.replace(hour=5, minute=5), "Typed") in {one[:2] for one in page.records()}
+    assert (SOON.replace(hour=5, minute=5), "Typed", flags_of(SOON)) in {
+        (one[0], one[1], one[4]) for one in page.records()}
+
+
+def test_page_drops_what_was_typed_only_when_it_is_told_to(page):
+    page.open()
+    page.browser.execute_script("""
+        document.querySelector(".row.user-defined").click(); // its dialog waits for an answer
+        document.querySelector("#create").click();""")
+    for keys in ("Typed", Keys.ESCAPE), (Keys.ESCAPE,), (Keys.ESCAPE,):
+        webdriver.ActionChains(page.browser).send_keys(*keys).perform()
+        page.see("#question[open]", "Discard what you have entered?")
+        webdriver.ActionChains(page.browser).send_keys(Keys.ESCAPE).perform()
+        page.see("#question:not([open])")
+    assert page.see("[name=title]").get_attribute("value") == "Typed"
+    page.see("#cancel").click()
+    page.see("#question[open] .main").click()
+    page.see("#recording:not([open])")
+
+
+@pytest.mark.parametrize("title, fields", [
+    case("one-shot", "Die Uhrmacherin", {}),
+    case("one-shot that moves", "Die Uhrmacherin", {"time": "20:25"}),
+    case("user-defined", "Chorprobe im Fernsehen", {"duration": "01:00"})])
+def test_page_says_that_a_schedule_was_deleted_meanwhile(page, title, fields):
+    page.open()
+    page.change(title, **fields)
+    page.server.appliance.store(one_shot=[])
+    page.see("#recording [type=submit]").click()
+    page.see("#problem", "It was deleted meanwhile, so nothing is saved")
+    assert page.stored().one_shot == []
+    page.save()
+    assert [record["title"] for record in page.stored().one_shot] == [title]
+
+
+def test_page_keeps_title_and_length_of_a_show_that_moves(page):
+    page.open()
+    before = page.records()
+    for title in ("Lighthouse Keepers", "Nachtzug nach Norden"):
+        page.change(title, time="05:00")
+        if title == "Nachtzug nach Norden":
+            page.see("[name=plain]").click()
+        page.save()
+    assert {one[:4] for one in page.records() - before} == {
+        ((TODAY + 4 * DAY).replace(hour=5), "Lighthouse Keepers", 17541, 3600),
+        (TODAY.replace(hour=5), "", 28102, 1800)}
 
 
 def test_page_asks_once_before_it_clears_stops_and_deletes_several(page):
     page.open()
     for title in ("Abendbericht", "Sand and Stars", "Gymnastik"):
         page.see(f"#list input[aria-label^='Choose {title}']").click()
-    page.press("#delete-chosen", "Delete", "Deleted: 3 schedules")
+    page.see("#delete-chosen").click()
+    page.see("#question", "Undo brings back what the appliance has named without its title")
+    page.click_until("#question button", "Delete", "Deleted: 3 schedules")
     page.press("#clear", "Clear", "cleared")
     page.press("#stop", "Stop", "told to stop")
     kept = {record[1] for record in page.records()}

@@ -126,6 +126,11 @@ async function ask(text, verb) {
   find("#question-text").textContent = text;
   find("#question .main").textContent = verb;
   question.returnValue = "no";
+  question.onkeydown = (event) => {
+    if (event.key !== "Escape") return;
+    event.preventDefault(); // otherwise one Escape may close the dialog behind it, too
+    question.close();
+  };
   question.showModal();
   await new Promise((resolve) => { question.onclose = resolve; });
   return question.returnValue === "yes";

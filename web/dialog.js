@@ -99,7 +99,7 @@ export function makeDialog(dialog, schedules, actions) {
     if (isPlain && moved !== wasMoved) plain.checked = !moved;
     wasMoved = moved;
     const parts = {
-      ".own": !plain.checked, "#plain": !plan || isPlain && moved, "#on-tuner": !plan,
+      ".own": !plain.checked, "#kind": !plan || isPlain && moved, "#on-tuner": !plan,
       "#repeats": !isPlain, "#rule": repeats.checked, "#other": fields.channel.value === "",
     };
     for (const [selector, shown] of Object.entries(parts)) {
@@ -108,7 +108,7 @@ export function makeDialog(dialog, schedules, actions) {
       }
     }
     const hint = plain.checked ? TEXT.loses : TEXT.keeps;
-    find("#plain .quiet").textContent = plan ? hint : TEXT.plainNew;
+    find("#kind .quiet").textContent = plan ? hint : TEXT.plainNew;
     fields.end.disabled = fields.endless.checked;
     fields.end.min = fields.date.value;
     if (fields.date.value) testDays(name === "date");

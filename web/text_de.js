@@ -78,7 +78,7 @@ export default {
   name: "Name",
   date: "Datum",
   start: "Beginn",
-  length: "Länge (h:mm)",
+  length: "Länge (hh:mm)",
   lengthHint: "Stunden und Minuten mit je zwei Ziffern, mehr als 00:00",
   repeatIt: "Wiederholen",
   weekdays: "Tage",

@@ -78,7 +78,7 @@ export default {
   name: "Name",
   date: "Date",
   start: "Start",
-  length: "Length (h:mm)",
+  length: "Length (hh:mm)",
   lengthHint: "Hours and minutes, two digits each, more than 00:00",
   repeatIt: "Repeat it",
   weekdays: "Days",
