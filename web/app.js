@@ -113,7 +113,7 @@ function tell(text, undo) {
 async function change(action, told, tuner = schedules.tuner) {
   tell("");
   const result = await action().catch(async (problem) => {
-    await read(tuner).catch(() => {}); // the first failure is the cause and is told alone
+    await read().catch(() => {}); // the first failure is the cause and is told alone
     throw problem;
   });
   await guard(() => read(tuner));

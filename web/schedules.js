@@ -12,6 +12,9 @@ export const isRepeat = (schedule) => schedule.status >= 12 && schedule.status <
 export const isSame = (a, b) => a.start_time === b.start_time && serviceOf(a) === serviceOf(b) &&
   isRepeat(a) === isRepeat(b);
 
+// What the methods of a kind have in their names.
+const kindOf = (plain, repeats) => (plain ? repeats ? "_repeat" : "" : "_userdefine");
+
 /** The first tuner on which a plan collides with nothing, of [tuner, its plans]; else undefined. */
 export const freeTuner = (wanted, tuners, clock) =>
   tuners.find(([, plans]) => !collisionsWith(wanted, plans, clock).length)?.[0];
@@ -168,8 +171,8 @@ export class Schedules {
   async #storePlain({ tuner, id, repeats, rule }, start_time, old) {
     const isNew = old?.id !== id || old.start_time !== start_time;
     const parameters = { tuner, id, start_time, ...(repeats && rule) };
-    const repeatMethod = isNew ? "create_repeat" : "edit_repeat";
-    if (isNew || repeats) await this.#api.call(repeats ? repeatMethod : "create", parameters);
+    const method = `${isNew ? "create" : "edit"}${kindOf(true, repeats)}`;
+    if (isNew || repeats) await this.#api.call(method, parameters);
     return isNew;
   }
 
@@ -189,31 +192,33 @@ export class Schedules {
     return { ...form, [`${prefix}start_date`]: date, [`${prefix}start_time`]: time };
   }
 
+  /** What would store a schedule again; of a plain one, without its title and its length. */
+  async #draftOf(schedule) {
+    const { tuner, id, start_time, channel_name: channelName } = schedule;
+    const form = await this.formOf(schedule);
+    const { title, description, duration } = form ?? {};
+    const repeats = isRepeat(schedule);
+    const { weekdaystatus, end_date, isweekly } = repeats && await this.#ruleOf(schedule) || {};
+    return {
+      tuner, id, start_time, channelName, plain: !form, repeats, title, description, duration,
+      rule: { weekdaystatus, end_date, isweekly },
+    };
+  }
+
   /**
    * Deletes schedules of any kind. If one fails, the others are still tried. Returns a function
-   * that stores them again; what is plain then lacks its title and its length.
+   * that stores them again, as far as #draftOf() can.
    */
   async remove(schedules) {
-    const found = []; // kind in the names of methods, parameters that delete, those that create
-    await forEach(schedules, AT_ONCE, async (schedule) => {
-      const { tuner, id, start_time } = schedule;
-      const form = await this.formOf(schedule);
-      const rule = isRepeat(schedule) && await this.#ruleOf(schedule);
-      const named = { ...form, channel_name: form?.channel_name || id };
-      const made = { ...rule, tuner, id, start_time, ...(form && this.#timed(named, start_time)) };
-      const kind = form ? "_userdefine" : isRepeat(schedule) ? "_repeat" : "";
-      found.push([kind, { tuner, id: start_time, channel_id: id }, made]);
-    });
-    const calls = found.map(([kind, gone]) => [`delete${kind}`, gone]);
+    const drafts = [];
+    await forEach(schedules, AT_ONCE, async (one) => drafts.push(await this.#draftOf(one)));
+    const calls = drafts.map(({ tuner, id: channel_id, start_time: id, plain, repeats }) =>
+      [`delete${kindOf(plain, repeats)}`, { tuner, id, channel_id }]);
     // delete_repeat does not tell the tuner daemon, delete_userdefine does. Start 0, which no
     // schedule has, deletes nothing.
-    const rule = found.find(([kind]) => kind === "_repeat");
-    if (rule) calls.push(["delete_userdefine", { ...rule[1], id: 0 }]);
-    const callAll = (some) => forEach(some, 1, (call) => this.#api.call(...call));
-    await callAll(calls);
-    return async () => {
-      await callAll(found.map(([kind, , made]) => [`create${kind}`, made]));
-      for (const schedule of schedules) await this.#find(schedule, "missing");
-    };
+    const rule = drafts.find(({ plain, repeats }) => plain && repeats);
+    if (rule) calls.push(["delete_userdefine", { tuner: rule.tuner, id: 0 }]);
+    await forEach(calls, 1, (call) => this.#api.call(...call));
+    return () => forEach(drafts, 1, (draft) => this.#store(draft, draft.start_time));
   }
 }
