@@ -280,6 +280,11 @@ def test_page_keeps_title_and_length_of_a_show_that_moves(page):
     assert {one[:4] for one in page.records() - before} == {
         ((TODAY + 4 * DAY).replace(hour=5), "Lighthouse Keepers", 17541, 3600),
         (TODAY.replace(hour=5), "", 28102, 1800)}
+    page.change("Gardens Under Glass", tuner=1)
+    page.save()
+    page.see("#tuners [aria-pressed=true]", "1")
+    page.see(".row", "Gardens Under Glass")
+    assert "Gardens Under Glass" not in {one[1] for one in page.records()}
 
 
 def test_page_asks_once_before_it_clears_stops_and_deletes_several(page):

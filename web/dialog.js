@@ -45,13 +45,15 @@ export function makeDialog(dialog, schedules, actions) {
   }
 
   /**
-   * Opens for the plan of a stored schedule, moved to another wall time or to another length in
-   * seconds if these are given. Nothing is stored before it is saved.
+   * Opens for the plan of a stored schedule, moved to another tuner, wall time or length in seconds
+   * if these are given. Nothing is stored before it is saved.
    */
-  async function openChanged(chosen, { start = chosen.wall, duration = chosen.length } = {}) {
-    const own = await schedules.formOf(chosen.schedule);
+  async function openChanged(chosen, { tuner, start, duration } = {}) {
+    const { schedule, wall, length } = chosen;
+    const own = await schedules.formOf(schedule);
     const whole = await schedules.withRule(chosen);
-    show(whole, { tuner: chosen.schedule.tuner, ...storedForm(whole, own, start, duration) });
+    const values = storedForm(whole, own, start ?? wall, duration ?? length);
+    show(whole, { tuner: tuner ?? schedule.tuner, ...values });
   }
 
   function show(chosen, { days, ...values }) {
@@ -89,7 +91,8 @@ export function makeDialog(dialog, schedules, actions) {
 
   const entered = () => JSON.stringify([...new FormData(form)]);
   const isChanged = () => dialog.open && entered() !== opened;
-  const isMoved = ({ wall, id }) => plan && (wall !== plan.wall || id !== plan.schedule.id);
+  const isMoved = ({ tuner, wall, id }) => plan &&
+    (tuner !== plan.schedule.tuner || wall !== plan.wall || id !== plan.schedule.id);
 
   // Shows the fields of the kind, and tests what the browser does not test by itself.
   function changed(name) {
@@ -99,8 +102,8 @@ export function makeDialog(dialog, schedules, actions) {
     if (isPlain && moved !== wasMoved) plain.checked = !moved;
     wasMoved = moved;
     const parts = {
-      ".own": !plain.checked, "#kind": !plan || isPlain && moved, "#on-tuner": !plan,
-      "#repeats": !isPlain, "#rule": repeats.checked, "#other": fields.channel.value === "",
+      ".own": !plain.checked, "#kind": !plan || isPlain && moved, "#repeats": !isPlain,
+      "#rule": repeats.checked, "#other": fields.channel.value === "",
     };
     for (const [selector, shown] of Object.entries(parts)) {
       for (const part of dialog.querySelectorAll(selector)) {

@@ -8,9 +8,9 @@ export const PAGE = 50;
 
 export const isRepeat = (schedule) => schedule.status >= 12 && schedule.status <= 15;
 
-/** Whether two schedules of a tuner are the same one, whatever else has changed of it. */
-export const isSame = (a, b) => a.start_time === b.start_time && serviceOf(a) === serviceOf(b) &&
-  isRepeat(a) === isRepeat(b);
+/** Whether two schedules are the same one, whatever else has changed of it. */
+export const isSame = (a, b) => a.tuner === b.tuner && a.start_time === b.start_time &&
+  serviceOf(a) === serviceOf(b) && isRepeat(a) === isRepeat(b);
 
 // What the methods of a kind have in their names.
 const kindOf = (plain, repeats) => (plain ? repeats ? "_repeat" : "" : "_userdefine");
@@ -157,7 +157,7 @@ export class Schedules {
     const { tuner, id, plain, repeats } = draft;
     const store = plain ? this.#storePlain : this.#storeOwn;
     const isNew = await store.call(this, draft, epoch, old);
-    // No method moves a plain schedule: it is deleted when the new one is stored.
+    // No method moves a plain schedule, or any to another tuner: the old one is then deleted.
     if (old && isNew) await this.remove([old]).catch((problem) => {
       if (problem.code !== 402) throw problem; // it is gone already
     });
@@ -169,7 +169,7 @@ export class Schedules {
 
   // These two return whether the schedule is a new one, beside which the old one still stands.
   async #storePlain({ tuner, id, repeats, rule }, start_time, old) {
-    const isNew = old?.id !== id || old.start_time !== start_time;
+    const isNew = old?.tuner !== tuner || old.id !== id || old.start_time !== start_time;
     const parameters = { tuner, id, start_time, ...(repeats && rule) };
     const method = `${isNew ? "create" : "edit"}${kindOf(true, repeats)}`;
     if (isNew || repeats) await this.#api.call(method, parameters);
@@ -180,7 +180,7 @@ export class Schedules {
     const { tuner, id, channelName, title, description, duration, repeats, rule } = draft;
     const texts = { tuner, id, channel_name: channelName || id, title, description, duration };
     const form = this.#timed({ ...texts, is_repeat: repeats, ...(repeats && rule) }, epoch);
-    const isNew = !old || !await this.formOf(old);
+    const isNew = old?.tuner !== tuner || !await this.formOf(old);
     if (isNew) await this.#api.call("create_userdefine", form);
     else await this.#api.call("edit_userdefine", this.#timed(form, old.start_time, "orig_"));
     return isNew;
