@@ -213,6 +213,7 @@ def test_page_says_errors_in_words(page):
     page.change("Chorprobe", date=str((TODAY + 4 * DAY).date()), time="21:30")
     page.see("#recording [type=submit]").click()
     page.see("#problem", "The new times overlap another recording")
+    assert not page.all("#alert:not([hidden])")
     assert page.stored() == before
 
 

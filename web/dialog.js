@@ -178,6 +178,7 @@ export function makeDialog(dialog, schedules, actions) {
   }
 
   async function run(action) {
+    if (submit.disabled) return; // another action runs
     submit.disabled = true;
     find("#problem").textContent = "";
     try {
