@@ -3,21 +3,12 @@ import { followDate, newForm, storedForm } from "./form.js";
 import { isSame } from "./schedules.js";
 import { TEXT, explain } from "./text.js";
 import { collisionsWith, planOf, secondsOf, wallOf, weekdayOf } from "./week.js";
-import {
-  FIRST_WEEKDAY, LONG_SUNDAY_FIRST, SUNDAY_FIRST, element, nameOf, whenOf,
-} from "./words.js";
+import { FIRST_WEEKDAY, LONG_SUNDAY_FIRST, SUNDAY_FIRST, nameOf, whenOf } from "./words.js";
 
 const NAMED_COLLISIONS = 4;
 const USUAL_LENGTH = 1800;
 
 const storage = () => { try { return localStorage; } catch { return {}; } }; // it may be forbidden
-
-function makeToggle(name, day) {
-  const box = element("input", "");
-  const ariaLabel = LONG_SUNDAY_FIRST[day];
-  Object.assign(box, { type: "checkbox", name: "day", value: day, ariaLabel });
-  return element("label", "", box, name).firstChild;
-}
 
 /**
  * Makes the dialog. `actions.save(draft, old)` and `actions.remove(schedules)` read again what
@@ -29,7 +20,7 @@ export function makeDialog(dialog, schedules, actions) {
   const fields = form.elements;
   const find = (selector) => dialog.querySelector(selector);
   const submit = find("[type=submit]");
-  const toggles = SUNDAY_FIRST.map(makeToggle);
+  const toggles = [...fields.day]; // Sunday first
   let plan = null; // of the schedule that is changed
   let isPlain = false; // whether that one has no title and length of the user's own
   let wasMoved = false;
@@ -159,8 +150,7 @@ export function makeDialog(dialog, schedules, actions) {
     const own = draft();
     if (Number.isNaN(own.wall)) return;
     const wanted = wantedOf(own);
-    find("#passed").hidden =
-      own.repeats || wanted.epoch + wanted.length > schedules.clock.now();
+    find("#passed").hidden = own.repeats || wanted.epoch + wanted.length > schedules.clock.now();
     const plans = await schedules.plansOf(own.tuner).catch(() => []);
     if (turn !== warnings) return;
     const others = plans.filter((other) => !plan || !isSame(other.schedule, plan.schedule));
@@ -208,13 +198,11 @@ export function makeDialog(dialog, schedules, actions) {
 
   // Escape is taken by its key, because a second one closes a dialog in spite of "cancel". That
   // event is the way back of a phone.
-  for (const type of ["keydown", "cancel"]) {
-    dialog.addEventListener(type, (event) => {
-      if (type === "keydown" && event.key !== "Escape") return;
-      event.preventDefault();
-      leave();
-    });
-  }
+  for (const type of ["keydown", "cancel"]) dialog.addEventListener(type, (event) => {
+    if (type === "keydown" && event.key !== "Escape") return;
+    event.preventDefault();
+    leave();
+  });
   form.addEventListener("input", (event) => changed(event.target.name));
   form.addEventListener("submit", (event) => {
     event.preventDefault();
@@ -223,7 +211,10 @@ export function makeDialog(dialog, schedules, actions) {
   find("#cancel").addEventListener("click", leave);
   find("#delete").addEventListener("click", () => run(() => actions.remove([plan.schedule])));
   addEventListener("beforeunload", (event) => { if (isChanged()) event.preventDefault(); });
-  find("#weekdays").append(
-    ...[...toggles.keys()].map((day) => toggles[(FIRST_WEEKDAY + day) % 7].parentNode));
+  toggles.forEach((box, day) => {
+    box.ariaLabel = LONG_SUNDAY_FIRST[day];
+    box.after(SUNDAY_FIRST[day]);
+  });
+  find("#weekdays").append(...toggles.slice(0, FIRST_WEEKDAY).map((box) => box.parentNode));
   return { openNew, openChanged, refresh: () => dialog.open && showWarning() };
 }
