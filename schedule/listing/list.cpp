@@ -44,78 +44,52 @@ int ViewStatus(int rawStatus)
     return isInTable ? kViewStatus[rawStatus] : 0;
 }
 
-/// What the list shows of one schedule. Texts are JSON strings, so that they move between documents
-/// without being copied.
+/// The members of a schedule that the sort moves. Any other stays at its position in the list.
+Json::StaticString const kSorted[] = {
+    member::kStartTime, member::kChannelName, member::kDescription, member::kDuration,
+    member::kId,        member::kStatus,      member::kTitle,       kPrimeId};
+
 struct ScheduleNode {
     int start_time; ///< epoch seconds
-    Json::Value channel_name;
-    Json::Value description;
-    int duration; ///< seconds
-    Json::Value id;
-    int status; ///< raw
-    Json::Value title;
+    Json::Value schedule;
 };
 
-/// Returns a value as text: copied from a document that is only read, moved out of any other.
-Json::Value TakeText(Json::Value const& value)
+int MakeInt(Json::Value& value)
 {
-    return AsText(value);
+    int const number = AsInt(value);
+    value = number;
+    return number;
 }
 
-Json::Value TakeText(Json::Value& value)
+Json::Value const& MakeText(Json::Value& value)
 {
-    return value.isString() ? std::move(value) : Json::Value(AsText(value));
+    return value.isString() ? value : value = AsText(value);
 }
 
-/// The members of a record that a node is made from. Another node is later written to the same
-/// places without looking the members up again.
-template <class Value>
-struct NodeMembers {
-    Value &start_time, &channel_name, &description, &duration, &id, &status, &title;
-};
-
-template <class Value>
-NodeMembers<Value> NodeMembersOf(Value& record)
+/// Gives a record all members that the sort moves, in the types of the list.
+void Complete(Json::Value& record)
 {
-    return {record[member::kStartTime], record[member::kChannelName], record[member::kDescription],
-            record[member::kDuration],  record[member::kId],          record[member::kStatus],
-            record[member::kTitle]};
-}
-
-template <class Value>
-ScheduleNode MakeNode(NodeMembers<Value> const& from, Json::Value id)
-{
-    return {AsInt(from.start_time),
-            TakeText(from.channel_name),
-            TakeText(from.description),
-            AsInt(from.duration),
-            std::move(id),
-            AsInt(from.status),
-            TakeText(from.title)};
-}
-
-/// Sorts by start time. Ties are broken by position: the later node comes first.
-struct StartTimeOrder {
-    bool operator()(ScheduleNode const* left, ScheduleNode const* right) const
-    {
-        return left->start_time != right->start_time ? left->start_time < right->start_time
-                                                     : left > right;
-    }
-};
-
-void WriteNode(ScheduleNode& node, NodeMembers<Json::Value> const& to, Json::Value& element)
-{
-    std::string primeId = std::to_string(node.start_time) + '.' + node.id.asCString() + '.' +
-                          std::to_string(node.status);
+    std::string primeId = std::to_string(MakeInt(record[member::kStartTime])) + '.' +
+                          MakeText(record[member::kId]).asCString() + '.' +
+                          std::to_string(MakeInt(record[member::kStatus]));
     primeId.resize(std::min(primeId.size(), kPrimeIdLength));
-    to.start_time = node.start_time;
-    to.channel_name.swap(node.channel_name);
-    to.description.swap(node.description);
-    to.duration = node.duration;
-    to.id.swap(node.id);
-    to.status = node.status;
-    to.title.swap(node.title);
-    element[kPrimeId] = primeId;
+    record[kPrimeId] = primeId;
+    MakeInt(record[member::kDuration]);
+    MakeText(record[member::kChannelName]);
+    MakeText(record[member::kDescription]);
+    MakeText(record[member::kTitle]);
+}
+
+/// Moves the members that the sort moves to another object.
+void MoveSorted(Json::Value& from, Json::Value& to)
+{
+    if (from.size() == std::size(kSorted) && to.empty()) {
+        to.swap(from); // faster than one by one
+        return;
+    }
+    for (Json::StaticString const& name : kSorted) {
+        to[name].swap(from[name]);
+    }
 }
 
 /// Returns whether a user-defined record of the schedule's start and tuner makes the schedule a
@@ -189,34 +163,35 @@ void ScheduleRecordingAPI::ListSchedule()
 void ScheduleRecordingAPI::MergeSchedules(Json::Value& view, Json::Value& repeat)
 {
     Json::Value& schedules = view[kSchedules];
-    std::size_t const total = schedules.size() + repeat.size();
-    std::vector<ScheduleNode> nodes;
-    std::vector<NodeMembers<Json::Value>> places;
-    nodes.reserve(total);
-    places.reserve(total);
+    for (Json::Value const& record : std::as_const(repeat)) {
+        if (record.isObject()) {
+            Json::Value& schedule = schedules.append(Json::Value(Json::objectValue));
+            for (Json::StaticString const& name : kSorted) {
+                schedule[name] = record[name];
+            }
+            schedule[member::kId] = RenderChannelId(record);
+        }
+    }
+    std::vector<ScheduleNode> nodes(schedules.size());
+    std::vector<ScheduleNode*> order;
+    order.reserve(nodes.size());
     for (Json::Value& record : schedules) {
         if (!record.isObject()) { // a recording service should list objects only
             record = Json::Value(Json::objectValue);
         }
-        places.push_back(NodeMembersOf(record));
-        nodes.push_back(MakeNode(places.back(), TakeText(places.back().id)));
-    }
-    for (Json::Value const& record : std::as_const(repeat)) {
-        if (record.isObject()) {
-            nodes.push_back(MakeNode(NodeMembersOf(record), RenderChannelId(record)));
-            places.push_back(NodeMembersOf(schedules.append(Json::Value(Json::objectValue))));
-        }
-    }
-    std::vector<ScheduleNode*> order;
-    order.reserve(nodes.size());
-    for (ScheduleNode& node : nodes) {
+        Complete(record);
+        ScheduleNode& node = nodes[order.size()];
+        node.start_time = record[member::kStartTime].asInt();
+        MoveSorted(record, node.schedule);
         order.push_back(&node);
     }
-    std::sort(order.begin(), order.end(), StartTimeOrder());
+    // Of schedules with the same start time, the later one comes first.
+    std::ranges::sort(order, [](ScheduleNode const* left, ScheduleNode const* right) {
+        return std::pair(left->start_time, right) < std::pair(right->start_time, left);
+    });
     auto node = order.cbegin();
-    auto place = places.cbegin();
     for (Json::Value& element : schedules) {
-        WriteNode(**node++, *place++, element);
+        MoveSorted((*node++)->schedule, element);
     }
 }
 
