@@ -249,8 +249,9 @@ def test_page_drops_what_was_typed_only_when_it_is_told_to(page):
         page.see("#question[open]", "Discard what you have entered?")
         webdriver.ActionChains(page.browser).send_keys(Keys.ESCAPE).perform()
         page.see("#question:not([open])")
+        page.see("#recording h2").click()  # takes the focus out of the fields
     assert page.see("[name=title]").get_attribute("value") == "Typed"
-    page.see("#cancel").click()
+    page.see("#recording .cancel").click()
     page.see("#question[open] .main").click()
     page.see("#recording:not([open])")
 
@@ -286,6 +287,8 @@ def test_page_keeps_title_and_length_of_a_show_that_moves(page):
     page.see("#tuners [aria-pressed=true]", "1")
     page.see(".row", "Gardens Under Glass")
     assert "Gardens Under Glass" not in {one[1] for one in page.records()}
+    page.see("#create").click()
+    page.see("[name=channel] :checked", "Channel Cedar")
 
 
 def test_page_asks_once_before_it_clears_stops_and_deletes_several(page):

@@ -126,11 +126,6 @@ async function ask(text, verb) {
   find("#question-text").textContent = text;
   find("#question .main").textContent = verb;
   question.returnValue = "no";
-  question.onkeydown = (event) => {
-    if (event.key !== "Escape") return;
-    event.preventDefault(); // otherwise one Escape may close the dialog behind it, too
-    question.close();
-  };
   question.showModal();
   await new Promise((resolve) => { question.onclose = resolve; });
   return question.returnValue === "yes";
@@ -185,5 +180,12 @@ for (const button of tunerButtons) {
 }
 find("#tuner").addEventListener("change", ({ target }) =>
   guard(() => target.reportValidity() && read(Number(target.value))));
+// Escape presses Cancel: left to the browser, it could close the dialog behind a question, too.
+addEventListener("keydown", (event) => {
+  const opened = [...document.querySelectorAll("dialog[open]")].at(-1);
+  if (event.key !== "Escape" || !opened) return;
+  event.preventDefault();
+  opened.querySelector(".cancel").click();
+});
 setInterval(() => weekView.tick(), 30_000);
 guard(() => read(Number(location.hash.match(/^#tuner=(\d+)$/)?.[1] ?? 0)));

@@ -196,10 +196,7 @@ export function makeDialog(dialog, schedules, actions) {
     if (!isChanged() || await actions.ask(TEXT.discard, TEXT.discardVerb)) dialog.close();
   }
 
-  // Escape is taken by its key, because a second one closes a dialog in spite of "cancel". That
-  // event is the way back of a phone.
-  for (const type of ["keydown", "cancel"]) dialog.addEventListener(type, (event) => {
-    if (type === "keydown" && event.key !== "Escape") return;
+  dialog.addEventListener("cancel", (event) => { // the way back of a phone
     event.preventDefault();
     leave();
   });
@@ -208,7 +205,7 @@ export function makeDialog(dialog, schedules, actions) {
     event.preventDefault();
     run(save);
   });
-  find("#cancel").addEventListener("click", leave);
+  find(".cancel").addEventListener("click", leave);
   find("#delete").addEventListener("click", () => run(() => actions.remove([plan.schedule])));
   addEventListener("beforeunload", (event) => { if (isChanged()) event.preventDefault(); });
   toggles.forEach((box, day) => {
