@@ -20,17 +20,10 @@ namespace {
 
 std::unordered_map<FILE*, pid_t> children; ///< the running ones, by the stream of their output
 
-/// Starts a program with its standard output redirected to `output`. Returns 0 or an errno.
-int Spawn(pid_t* pid, std::string const& program, char const* argument, int output)
+/// Starts a program with its standard output redirected to `output`. Returns false on failure.
+bool Spawn(pid_t* pid, std::string program, std::string argument, int output)
 {
-    std::string argument0 = program;
-    std::string argument1 = argument;
-    char* const arguments[] = {argument0.data(), argument1.data(), nullptr};
-    posix_spawn_file_actions_t actions;
-    int error = ::posix_spawn_file_actions_init(&actions);
-    if (error != 0) {
-        return error;
-    }
+    char* const arguments[] = {program.data(), argument.data(), nullptr};
     posix_spawnattr_t attributes; // a child would inherit the signals that are ignored here
     ::posix_spawnattr_init(&attributes);
     sigset_t defaults;
@@ -39,16 +32,15 @@ int Spawn(pid_t* pid, std::string const& program, char const* argument, int outp
     ::sigaddset(&defaults, SIGXFSZ);
     ::posix_spawnattr_setsigdefault(&attributes, &defaults);
     ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
-    error = ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    if (error == 0) {
-        error = ::posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-    }
-    if (error == 0) {
-        error = ::posix_spawn(pid, program.c_str(), &actions, &attributes, arguments, environ);
-    }
+    posix_spawn_file_actions_t actions;
+    ::posix_spawn_file_actions_init(&actions);
+    bool const isStarted =
+        ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0) == 0 &&
+        ::posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO) == 0 &&
+        ::posix_spawn(pid, program.c_str(), &actions, &attributes, arguments, environ) == 0;
     ::posix_spawnattr_destroy(&attributes);
     ::posix_spawn_file_actions_destroy(&actions);
-    return error;
+    return isStarted;
 }
 
 /// Waits until a child ends. Returns its wait status, or -1.
@@ -113,7 +105,7 @@ FILE* KDLIBCPopen(char const* path, char const* mode, char const* arg)
     }
     reading.Release();
     pid_t pid = -1;
-    if (Spawn(&pid, std::string(appliance::kRoot) + path, arg, writing.Get()) != 0) {
+    if (!Spawn(&pid, std::string(appliance::kRoot) + path, arg, writing.Get())) {
         std::fclose(stream);
         return nullptr;
     }

@@ -51,7 +51,7 @@ void ToListEntry(Json::Value& record)
 }
 
 /// Whether a stored record belongs to the schedule that a key names.
-struct Names {
+struct BelongsTo {
     ScheduleKey const& key;
 
     bool operator()(Json::Value const& record) const
@@ -118,7 +118,7 @@ bool AddSchedule(Json::Value& out, int tuner, std::string id, std::string start,
     auto const add = [=](Document& records, ScheduleKey const& key) {
         auto* const keys = FindKeys(path, records);
         bool const isNew = keys != nullptr ? keys->insert(KeyText(key)).second
-                                           : std::ranges::none_of(records.value, Names{key});
+                                           : std::ranges::none_of(records.value, BelongsTo{key});
         if (!isNew) {
             return EEXIST;
         }
@@ -136,7 +136,7 @@ bool DelSchedule(Json::Value& out, int tuner, char const* channelId, char const*
     auto const remove = [&path](Document& records, ScheduleKey const& key) {
         auto* const keys = FindKeys(path, records);
         bool const isStored = keys == nullptr || keys->erase(KeyText(key)) > 0;
-        return isStored && DropRecords(records.value, Names{key}) ? 0 : ENOENT;
+        return isStored && DropRecords(records.value, BelongsTo{key}) ? 0 : ENOENT;
     };
     return ChangeSchedule(out, path, channelId, start, remove);
 }

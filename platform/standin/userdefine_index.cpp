@@ -8,6 +8,7 @@
 #include "tremolane/recording_service.h"
 
 #include <map>
+#include <optional>
 #include <utility>
 
 namespace {
@@ -17,60 +18,31 @@ using namespace appliance;
 /// An index of the user-defined file. A request that only reads sees one version of the file, even
 /// if another process replaces it meanwhile: to look at the file again for every schedule of a page
 /// would cost more than the look-ups themselves. A request that changes files has the lock.
-class UserDefineIndex {
-public:
-    void Forget() { m_isCurrent = false; }
-
-    /// Reads the file, unless it was read since the last Forget().
-    void Refresh()
+struct UserDefineIndex {
+    UserDefineIndex()
     {
-        if (m_isCurrent) {
+        standin::LoadDocument(kUserDefineFile, records);
+        if (!records.isArray()) {
             return;
         }
-        m_isCurrent = true;
-        m_positions.clear();
-        standin::LoadDocument(kUserDefineFile, m_records);
-        BuildIndex();
-    }
-
-    /// Finds the first record with that start and tuner. Returns its position and a copy in `out`,
-    /// or -1.
-    int Find(Json::Value& out, int start, int tuner) const
-    {
-        auto const found = m_positions.find({start, tuner});
-        if (found == m_positions.end()) {
-            return -1;
-        }
-        out = m_records[found->second];
-        return found->second;
-    }
-
-private:
-    void BuildIndex()
-    {
-        if (!m_records.isArray()) {
-            return;
-        }
-        int position = 0;
-        for (Json::Value const& record : std::as_const(m_records)) {
-            if (record.isObject()) {
-                m_positions.try_emplace(
-                    {IntOf(record, member::kStartTime), IntOf(record, member::kTuner)}, position);
+        for (auto record = records.begin(); record != records.end(); ++record) {
+            if (record->isObject()) {
+                positions.try_emplace(
+                    {IntOf(*record, member::kStartTime), IntOf(*record, member::kTuner)},
+                    record.index());
             }
-            ++position;
         }
     }
 
-    bool m_isCurrent = false;
-    Json::Value m_records;
-    std::map<std::pair<int, int>, int> m_positions; ///< by start and tuner
+    Json::Value records;
+    std::map<std::pair<int, int>, Json::ArrayIndex> positions; ///< by start and tuner
 };
 
-/// The index of this process, which handles one request. It is never destroyed: the process ends
-/// first.
-UserDefineIndex& Index()
+/// The index of this process, which handles one request; none if the file must be read. It is never
+/// destroyed: the process ends first.
+std::optional<UserDefineIndex>& Index()
 {
-    static UserDefineIndex& index = *new UserDefineIndex;
+    static auto& index = *new std::optional<UserDefineIndex>;
     return index;
 }
 
@@ -78,11 +50,18 @@ UserDefineIndex& Index()
 
 void standin::ForgetUserDefineIndex()
 {
-    Index().Forget();
+    Index().reset();
 }
 
 int KALDTremolane::ReadUserDefineFromFile(Json::Value& out, int start, int tuner)
 {
-    Index().Refresh();
-    return Index().Find(out, start, tuner);
+    if (!Index()) {
+        Index().emplace();
+    }
+    auto const found = Index()->positions.find({start, tuner});
+    if (found == Index()->positions.end()) {
+        return -1;
+    }
+    out = Index()->records[found->second];
+    return static_cast<int>(found->second);
 }

@@ -18,9 +18,6 @@ constexpr char kDate[] = "%Y-%m-%d";
 constexpr char kTimeOfDay[] = "%R";
 constexpr char kWeekday[] = "%w"; ///< Sunday is 0
 
-Json::StaticString const kStartWeekday{"start_weekday"};
-Json::StaticString const kTodayDate{"today_date"};
-
 /// Renders a local date or time.
 std::string LocalText(std::time_t time, char const* format)
 {
@@ -56,8 +53,8 @@ Json::Value InfoOf(Json::Value const& record, std::time_t start, std::time_t now
     info[member::kChannelId] = TextOf(record, member::kChannelId);
     info[member::kStartDate] = LocalText(start, kDate);
     info[member::kStartTime] = LocalText(start, kTimeOfDay);
-    info[kStartWeekday] = LocalText(start, kWeekday);
-    info[kTodayDate] = LocalText(now, kDate);
+    info["start_weekday"] = LocalText(start, kWeekday);
+    info["today_date"] = LocalText(now, kDate);
     info[member::kDuration] = duration;
     info[member::kTitle] = TextOf(record, member::kEventName);
     info[member::kDescription] = TextOf(record, member::kTextName);
