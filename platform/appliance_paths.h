@@ -2,15 +2,11 @@
 /// the build defines: empty on an appliance, a folder of the build tree for development.
 #pragma once
 
-#include <cstdio>
 #include <string>
 
 #define PACKAGE_FOLDER APPLIANCE_ROOT "/var/packages/Tremolane/etc"
 
 namespace appliance {
-
-/// Buffer size for a path, including the NUL. A longer path is cut.
-inline constexpr std::size_t kPathSize = 256;
 
 inline constexpr char kRoot[] = APPLIANCE_ROOT;
 inline constexpr char kPrivilegeFile[] = PACKAGE_FOLDER "/users.conf";
@@ -26,18 +22,14 @@ inline constexpr char kDaemonCommands[] = APPLIANCE_ROOT "/var/run/dtvd/commands
 /// Returns the path of a tuner's file of one-shot schedules.
 inline std::string OneShotFile(int tuner)
 {
-    char path[kPathSize];
-    std::snprintf(path, sizeof path, PACKAGE_FOLDER "/dtvschedules/%ddtv_schedule.json", tuner);
-    return path;
+    return PACKAGE_FOLDER "/dtvschedules/" + std::to_string(tuner) + "dtv_schedule.json";
 }
 
 /// Returns the path of a tuner's file of repeat schedules.
 inline std::string RepeatFile(int tuner)
 {
-    char path[kPathSize];
-    std::snprintf(path, sizeof path,
-                  PACKAGE_FOLDER "/dtvrepeatschedules/%ddtv_repeat_schedule.json", tuner);
-    return path;
+    return PACKAGE_FOLDER "/dtvrepeatschedules/" + std::to_string(tuner) +
+           "dtv_repeat_schedule.json";
 }
 
 } // namespace appliance

@@ -7,8 +7,8 @@
 
 #include <json/value.h>
 
+#include <algorithm>
 #include <string>
-#include <utility>
 
 namespace appliance {
 
@@ -55,20 +55,11 @@ inline bool FlagOf(Json::Value const& record, char const* name)
 template <class Predicate>
 bool DropElements(Json::Value& elements, Predicate const& isDropped)
 {
-    Json::ArrayIndex kept = 0;
-    Json::ArrayIndex index = 0;
-    for (Json::Value& element : elements) {
-        bool const isKept = !isDropped(std::as_const(element));
-        if (isKept && kept != index) {
-            elements[kept].swap(element);
-        }
-        kept += isKept ? 1 : 0;
-        ++index;
-    }
-    if (kept == index) {
+    auto const end = std::remove_if(elements.begin(), elements.end(), isDropped);
+    if (end == elements.end()) {
         return false;
     }
-    elements.resize(kept);
+    elements.resize(static_cast<Json::ArrayIndex>(end - elements.begin()));
     return true;
 }
 

@@ -12,8 +12,7 @@
 
 namespace standin {
 
-Load LoadDocument(std::string const& path, Json::Value& document,
-                  std::span<Json::StaticString const> wanted)
+Load LoadDocument(std::string const& path, Json::Value& document, Json::Value const& form)
 {
     if (Document const* const saved = Transaction::FindSaved(path)) {
         document = saved->value;
@@ -26,7 +25,7 @@ Load LoadDocument(std::string const& path, Json::Value& document,
         return errno == ENOENT || errno == ENOTDIR ? Load::kMissing : Load::kUnreadable;
     }
     Transaction::KeepLoaded(path, text);
-    return ParseJson(std::move(text), document, wanted) ? Load::kLoaded : Load::kNotJson;
+    return ParseJson(std::move(text), document, form) ? Load::kLoaded : Load::kNotJson;
 }
 
 bool SaveDocument(std::string const& path, Document document)

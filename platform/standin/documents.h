@@ -6,7 +6,6 @@
 
 #include <json/value.h>
 
-#include <span>
 #include <string>
 
 namespace standin {
@@ -20,9 +19,8 @@ enum class Load {
 };
 
 /// Loads a JSON file, or what the transaction in progress has saved in its place. `document` is
-/// null unless it was loaded. See ParseJson() for `wanted`.
-Load LoadDocument(std::string const& path, Json::Value& document,
-                  std::span<Json::StaticString const> wanted = {});
+/// null unless it was loaded. See ParseJson() for `form`.
+Load LoadDocument(std::string const& path, Json::Value& document, Json::Value const& form = {});
 
 /// Replaces a file by a document in one line, as part of the transaction in progress. Texts are
 /// written as UTF-8. On failure returns false, sets errno and leaves the file alone.

@@ -38,8 +38,8 @@ Json::Value NumberOf(std::string_view text)
 /// Receives the events of RapidJSON's reader, in the order of the text. False ends the reading.
 class DocumentBuilder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, DocumentBuilder> {
 public:
-    DocumentBuilder(Json::Value& document, std::span<Json::StaticString const> wanted)
-        : m_member(&document), m_wanted(wanted)
+    DocumentBuilder(Json::Value& document, Json::Value const& form)
+        : m_member(&document), m_form(form)
     {
     }
 
@@ -56,26 +56,27 @@ public:
         return Put(Json::Value(text, text + length));
     }
 
-    bool StartArray() { return Open(Json::arrayValue); }
+    bool StartArray() { return Open(Json::Value(Json::arrayValue)); }
     bool EndArray(rapidjson::SizeType /*count*/) { return Close(); }
-    bool StartObject() { return Open(Json::objectValue); }
+    bool StartObject() { return Open(HasForm(1) ? m_form : Json::Value(Json::objectValue)); }
     bool EndObject(rapidjson::SizeType /*count*/) { return Close(); }
 
     bool Key(char const* text, rapidjson::SizeType length, bool /*isTransient*/)
     {
         Json::Value& object = *m_open.back();
-        bool const isElement = m_open.size() == 2 && m_open.front()->isArray();
-        if (m_wanted.empty() || !isElement) {
-            m_member = object.demand(text, text + length);
-            return true;
-        }
-        std::string_view const name(text, length);
-        auto const found = std::ranges::find(m_wanted, name, &Json::StaticString::c_str);
-        m_member = found != m_wanted.end() ? &object[*found] : &m_unwanted;
+        bool const isWanted = !HasForm(2) || object.isMember(text, text + length);
+        m_member = isWanted ? object.demand(text, text + length) : &m_unwanted;
         return true;
     }
 
 private:
+    /// Returns whether an object has the members of the form: one that begins inside one container,
+    /// the array, or whose members are read inside two.
+    bool HasForm(std::size_t containers) const
+    {
+        return m_open.size() == containers && m_open.front()->isArray() && !m_form.isNull();
+    }
+
     /// Returns the place of the next value: the document, the last named member, or a new element.
     Json::Value& Slot()
     {
@@ -89,14 +90,14 @@ private:
         return true;
     }
 
-    bool Open(Json::ValueType type)
+    bool Open(Json::Value container)
     {
         if (m_open.size() == kMaxDepth) {
             return false;
         }
-        Json::Value& container = Slot();
-        container = Json::Value(type);
-        m_open.push_back(&container);
+        Json::Value& slot = Slot();
+        slot.swap(container);
+        m_open.push_back(&slot);
         return true;
     }
 
@@ -108,9 +109,9 @@ private:
 
     /// The arrays and objects that are not complete, outermost first.
     std::vector<Json::Value*> m_open;
-    Json::Value* m_member;  ///< the place of the next value, unless that is an element
-    Json::Value m_unwanted; ///< the place of members that are not wanted
-    std::span<Json::StaticString const> m_wanted;
+    Json::Value* m_member;     ///< the place of the next value, unless that is an element
+    Json::Value m_unwanted;    ///< the place of members that are not wanted
+    Json::Value const& m_form; ///< of the objects in an array; null for any
 };
 
 /// Returns the UTF-16 unit of an escape "\\uXXXX" at a position; none if there is no such escape.
@@ -165,13 +166,12 @@ void ReplaceHugeNumbers(std::string& text)
 }
 
 /// Reads a text into a document, decoding strings in place.
-rapidjson::ParseErrorCode Read(std::string& text, Json::Value& document,
-                               std::span<Json::StaticString const> wanted)
+rapidjson::ParseErrorCode Read(std::string& text, Json::Value& document, Json::Value const& form)
 {
     document = Json::Value();
     std::size_t const begin = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
     rapidjson::InsituStringStream stream(&text[begin]);
-    DocumentBuilder builder(document, wanted);
+    DocumentBuilder builder(document, form);
     // Numbers are passed on as text. Otherwise the reader allocates memory without checking for
     // failure.
     constexpr unsigned kFlags = rapidjson::kParseInsituFlag | rapidjson::kParseNumbersAsStringsFlag;
@@ -180,7 +180,7 @@ rapidjson::ParseErrorCode Read(std::string& text, Json::Value& document,
 
 } // namespace
 
-bool ParseJson(std::string text, Json::Value& document, std::span<Json::StaticString const> wanted)
+bool ParseJson(std::string text, Json::Value& document, Json::Value const& form)
 {
     document = Json::Value();
     if (text.find('\0') != std::string::npos) {
@@ -188,10 +188,10 @@ bool ParseJson(std::string text, Json::Value& document, std::span<Json::StaticSt
     }
     ReplaceLoneSurrogates(text);
     std::string original = text;
-    rapidjson::ParseErrorCode error = Read(text, document, wanted);
+    rapidjson::ParseErrorCode error = Read(text, document, form);
     if (error == rapidjson::kParseErrorNumberTooBig) {
         ReplaceHugeNumbers(original);
-        error = Read(original, document, wanted);
+        error = Read(original, document, form);
     }
     if (error != rapidjson::kParseErrorNone) {
         document = Json::Value();

@@ -3,7 +3,6 @@
 
 #include <json/value.h>
 
-#include <span>
 #include <string>
 
 namespace standin {
@@ -14,12 +13,11 @@ namespace standin {
 /// that are not UTF-8 are kept. An escape of a lone surrogate is read as U+FFFD, and a number
 /// beyond the range of a double as null. Of several members with the same name the last one wins.
 ///
-/// If the document is an array, only the members `wanted` of its elements are read; all of them if
-/// `wanted` is empty.
+/// If the document is an array and there is a `form`, each object in the array becomes a copy of
+/// the form with the members that the text gives it. Other members of the text are left out.
 ///
 /// RapidJSON reads because jsoncpp's own reader accepts more than the RFC, and takes twice the
 /// time.
-bool ParseJson(std::string text, Json::Value& document,
-               std::span<Json::StaticString const> wanted = {});
+bool ParseJson(std::string text, Json::Value& document, Json::Value const& form = {});
 
 } // namespace standin

@@ -6,7 +6,6 @@
 
 #include <array>
 #include <charconv>
-#include <cstdint>
 #include <iterator>
 #include <string>
 #include <string_view>
@@ -17,25 +16,11 @@ namespace standin {
 
 namespace {
 
-constexpr std::uint32_t kReplacement = 0xFFFD;
+constexpr unsigned kReplacement = 0xFFFD;
 
 /// Room for a few hundred schedules. A text that grew from nothing would touch twice the memory,
 /// which costs such a list a twentieth of its time.
 constexpr std::size_t kUsualSize = 100'000;
-
-struct CodePoint {
-    std::uint32_t value;
-    std::size_t length; ///< bytes taken
-};
-
-/// Decodes the first character of a text, which is not empty.
-CodePoint DecodeFirst(std::string_view text)
-{
-    rapidjson::MemoryStream stream(text.data(), text.size());
-    unsigned value = 0;
-    bool const isValid = rapidjson::UTF8<>::Decode(stream, &value);
-    return isValid ? CodePoint{value, stream.Tell()} : CodePoint{kReplacement, 1};
-}
 
 /// Which bytes stand for themselves in a JSON text. Looking a byte up here is most of what a long
 /// answer costs.
@@ -83,10 +68,10 @@ public:
             m_out += value.asBool() ? "true" : "false";
             break;
         case Json::arrayValue:
-            WriteElements(value);
+            WriteChildren(value, '[', ']');
             break;
         case Json::objectValue:
-            WriteMembers(value);
+            WriteChildren(value, '{', '}');
             break;
         }
     }
@@ -94,30 +79,22 @@ public:
     std::string m_out;
 
 private:
-    void WriteMembers(Json::Value const& object)
+    void WriteChildren(Json::Value const& container, char open, char close)
     {
-        char separator = '{';
-        for (auto member = object.begin(); member != object.end(); ++member) {
+        char separator = open;
+        for (auto child = container.begin(); child != container.end(); ++child) {
+            m_out += std::exchange(separator, ',');
             char const* end = nullptr;
-            char const* const name = member.memberName(&end);
-            m_out += separator;
-            WriteText(name, end);
-            m_out += ':';
-            Write(*member);
-            separator = ',';
+            if (char const* const name = child.memberName(&end)) { // null for an element
+                WriteText(name, end);
+                m_out += ':';
+            }
+            Write(*child);
         }
-        m_out += object.empty() ? "{}" : "}";
-    }
-
-    void WriteElements(Json::Value const& array)
-    {
-        char separator = '[';
-        for (Json::Value const& element : array) {
-            m_out += separator;
-            Write(element);
-            separator = ',';
+        if (container.empty()) {
+            m_out += open;
         }
-        m_out += array.empty() ? "[]" : "]";
+        m_out += close;
     }
     // NOLINTEND(misc-no-recursion)
 
@@ -131,16 +108,21 @@ private:
             }
             m_out.append(run, begin);
             if (begin != end) {
-                CodePoint const point = DecodeFirst({begin, end});
-                WriteEscape(point.value);
-                begin += point.length;
+                begin += WriteEscape({begin, end});
             }
         }
         m_out += '"';
     }
 
-    void WriteEscape(std::uint32_t codePoint)
+    /// Writes the first character of a text as an escape. Returns how many bytes it has.
+    std::size_t WriteEscape(std::string_view text)
     {
+        rapidjson::MemoryStream stream(text.data(), text.size());
+        unsigned codePoint = 0;
+        if (!rapidjson::UTF8<>::Decode(stream, &codePoint)) {
+            WriteUnit(kReplacement);
+            return 1;
+        }
         if (codePoint == '"' || codePoint == '\\') {
             m_out += '\\';
             m_out += static_cast<char>(codePoint);
@@ -150,9 +132,10 @@ private:
             WriteUnit(0xD800 + ((codePoint - 0x10000) >> 10));
             WriteUnit(0xDC00 + ((codePoint - 0x10000) & 0x3FF));
         }
+        return stream.Tell();
     }
 
-    void WriteUnit(std::uint32_t unit)
+    void WriteUnit(unsigned unit)
     {
         constexpr char kDigits[] = "0123456789abcdef";
         m_out += "\\u";

@@ -26,10 +26,17 @@ using standin::Document;
 using standin::ScheduleKey;
 using standin::SetErrno;
 
-/// The members of a record that its entry in the list is made from.
-Json::StaticString const kListed[] = {
-    member::kStartTime, member::kChannelName, member::kDescription, member::kDuration,
-    member::kStatus,    member::kTitle,       member::kServiceId,   member::kFrequency};
+/// The members of a record that its entry in the list is made from, and its id.
+Json::Value ListedForm()
+{
+    Json::Value form;
+    for (Json::StaticString const& name :
+         {member::kStartTime, member::kChannelName, member::kDescription, member::kDuration,
+          member::kStatus, member::kTitle, member::kServiceId, member::kFrequency, member::kId}) {
+        form[name] = Json::Value();
+    }
+    return form;
+}
 
 /// Removes a member and returns its value; null if there is none.
 Json::Value Take(Json::Value& record, Json::StaticString const& name)
@@ -100,7 +107,7 @@ std::set<std::string>* FindKeys(std::string const& path, Document& records)
 bool GetSchedule(Json::Value& out, int tuner)
 {
     Json::Value records;
-    if (!SetErrno(out, standin::LoadRecords(OneShotFile(tuner), records, kListed))) {
+    if (!SetErrno(out, standin::LoadRecords(OneShotFile(tuner), records, ListedForm()))) {
         return false;
     }
     DropElements(records, [](Json::Value const& element) { return !element.isObject(); });

@@ -10,16 +10,16 @@
 
 #include <cerrno>
 #include <cstring>
+#include <map>
 #include <utility>
 
 namespace standin {
 
 using namespace appliance;
 
-int LoadRecords(std::string const& path, Json::Value& records,
-                std::span<Json::StaticString const> wanted)
+int LoadRecords(std::string const& path, Json::Value& records, Json::Value const& form)
 {
-    Load const result = LoadDocument(path, records, wanted);
+    Load const result = LoadDocument(path, records, form);
     if (records.isNull() && (result == Load::kLoaded || result == Load::kMissing)) {
         records = Json::Value(Json::arrayValue);
     }
@@ -97,16 +97,7 @@ Json::Value NewRecord(ScheduleKey const& key, int status, int tuner, char const*
 
 int MappErrorCode(int error)
 {
-    switch (error) {
-    case EINVAL:
-        return 101;
-    case EEXIST:
-        return 401;
-    case ENOENT:
-        return 402;
-    case EIO:
-        return 403;
-    default:
-        return 100;
-    }
+    static std::map<int, int> const kCodes{{EINVAL, 101}, {EEXIST, 401}, {ENOENT, 402}, {EIO, 403}};
+    auto const found = kCodes.find(error);
+    return found != kCodes.end() ? found->second : 100;
 }

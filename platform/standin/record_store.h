@@ -8,15 +8,13 @@
 #include <json/value.h>
 
 #include <functional>
-#include <span>
 #include <string>
 
 namespace standin {
 
 /// Loads a store. Returns 0 and an array, which is empty if there is no file or it holds null;
-/// otherwise EIO, with the reason logged. See ParseJson() for `wanted`.
-int LoadRecords(std::string const& path, Json::Value& records,
-                std::span<Json::StaticString const> wanted = {});
+/// otherwise EIO, with the reason logged. See ParseJson() for `form`.
+int LoadRecords(std::string const& path, Json::Value& records, Json::Value const& form = {});
 
 /// Changes a store. `change` edits the records and returns 0 to have them saved, or leaves them
 /// alone and returns kUnchanged or an errno. Returns the result of the store operation; see
