@@ -16,19 +16,15 @@ METHODS = list(REQUESTS)
 seen = set()  # each method with a code that it answered, None for a success, or a parameter
 
 
-def form_of(parameter):
-    """The name of the schema of a parameter."""
-    return parameter.get("$ref", "flag").split("/")[-1]
-
-
 def codes(method):
     """The error codes that a method sets itself, each with its schema; `common`: any method."""
     return {branch["const"]: branch for branch in SCHEMAS[f"{method}_code"]["anyOf"]
             if "const" in branch}
 
 
-def parameters_of(method):
-    return {name: schema for request in REQUESTS[method]
+def forms_of(method):
+    """The parameters of a method, each with the name of its form."""
+    return {name: schema.get("$ref", "flag").split("/")[-1] for request in REQUESTS[method]
             for name, schema in request["properties"].items() if name != "method"}
 
 
@@ -61,5 +57,5 @@ def observe(texts, answer):
 def unseen():
     """The codes and parameters of the description that no request so far has shown."""
     described = {(method, what) for method in METHODS
-                 for what in (None, *codes(method), *parameters_of(method))}
+                 for what in (None, *codes(method), *forms_of(method))}
     return described.union(("any method", code) for code in codes("common")) - seen
