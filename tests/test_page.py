@@ -19,11 +19,19 @@ TODAY = NOW.replace(hour=0, minute=0, second=0, microsecond=0)
 MARKUP = """<img src=x onerror="document.title='run'">"""
 BOXES = """
     return [...document.querySelectorAll(".box")].map((box) => {
-      const list = box.closest("ol").getBoundingClientRect(), own = box.getBoundingClientRect();
-      const minute = 5 * Math.round((own.top - list.top) / list.height * 288);
-      const day = new Date(1000 * box.closest(".day").dataset.day).toISOString();
-      return [day.slice(0, 10), minute, box.querySelector(".title").textContent, box.className];
+      const day = (box.closest(".day").dataset.day - arguments[0]) / 86400;
+      const text = (name) => box.querySelector(name).textContent;
+      return [`${day} ${text(".when").slice(0, 5)} ${text(".title")}`, box.className];
     });"""
+PLACE = """
+    const [day, minute] = arguments, section = document.querySelector(".days");
+    const column = document.querySelector(`.day[data-day="${day}"] .times`);
+    section.scrollTop = column.offsetHeight * minute / 1440 - section.clientHeight / 2;
+    const { left, top, height } = column.getBoundingClientRect();
+    return [Math.round(left + 20), Math.round(top + height * minute / 1440)];"""
+FORM = """
+    const fields = document.querySelector("#recording form").elements;
+    return ["title", "date", "time", "duration"].map((name) => fields[name].value);"""
 FILL = """
     const fields = document.querySelector("#recording form").elements;
     for (const [name, value] of Object.entries(arguments[0])) {
@@ -32,6 +40,11 @@ FILL = """
       const field = name === "day" ? fields.day[0] : fields[name];
       field.dispatchEvent(new Event("input", { bubbles: true }));
     }"""
+
+
+def wall_of(time):
+    """A local time as the page counts it."""
+    return int(time.replace(tzinfo=datetime.timezone.utc).timestamp())
 
 
 def start_of(record):
@@ -109,6 +122,21 @@ class Page:
         self.see(selector).click()
         self.click_until("#question[open] button", answer, words)
 
+    def drag(self, *stops, key=None):
+        """Moves the pressed mouse from one day and time to others, and presses a key on the way."""
+        mouse = webdriver.ActionChains(self.browser, 0)
+        pointer = mouse.w3c_actions.pointer_action
+        for number, (day, time) in enumerate(stops):
+            minute = 60 * int(time[:2]) + int(time[3:])
+            pointer.move_to_location(*self.browser.execute_script(PLACE, wall_of(day), minute))
+            if number == 0:
+                pointer.pointer_down()
+            mouse.perform()
+        if key:
+            mouse.send_keys(key)
+        pointer.pointer_up()
+        mouse.perform()
+
     def records(self):
         """What is stored, as its local start, title, channel, length and rule."""
         return {(start_of(record), record["title"], record.get("id", record.get("service_id")),
@@ -126,25 +154,25 @@ def page(server, browser, request):
         browser.save_screenshot(str(SOURCE / f"build/{request.node.name}.png"))
 
 
-def occurrences(stored, first):
-    """What the week from a day on holds: day, minute, title and whether it has passed."""
-    for record in stored.one_shot + stored.repeat:
-        start, flags = start_of(record), record.get("weekdaystatus", "1,1,1,1,1,1,1").split(",")
-        for day in (first + number * DAY for number in range(7)):
-            begin = datetime.datetime.combine(day, start.time())
-            last = datetime.datetime.max if "end_date" in record else start
-            if start <= begin <= last and flags[day.isoweekday() % 7] == "1":
-                yield (str(day.date()), 60 * begin.hour + begin.minute, record["title"],
-                       begin + datetime.timedelta(seconds=record["duration"]) <= NOW)
+WEEK = [f"{day} " for day in range(7)]
 
 
 def test_page_shows_the_weeks_of_the_sample(page):
     page.open()
-    page.see(".box", "Sand and Stars")
-    for first in (TODAY - (TODAY.weekday() - days) * DAY for days in (0, 7)):
-        shown = {(*box[:3], "passed" in box[3]) for box in page.browser.execute_script(BOXES)}
-        assert shown == set(occurrences(page.stored(), first))
+    page.see(".box", "Morgenbericht")
+    page.see("#previous").click()
+    shown, passed = set(), set()
+    for _ in range(3):
+        boxes = page.browser.execute_script(BOXES, wall_of(TODAY))
+        shown |= {words for words, _ in boxes if words[:2] in WEEK}
+        passed |= {words for words, marks in boxes if "passed" in marks and words[0] != "0"}
         page.see("#next").click()
+    assert passed == {"-1 20:15 Das Haus am Mühlbach"}
+    assert shown == {f"{day} 07:00 Morgenbericht" for day in range(1, 7)} | {
+        "0 19:00 Abendbericht", "0 22:05 Nachtzug nach Norden", "1 18:30 Gardens Under Glass",
+        "2 09:05 Gymnastik, mit Vorlauf", "2 20:15 Die Uhrmacherin", "3 16:00 Sand and Stars",
+        "3 20:15 Die Uhrmacherin", "4 21:00 Lighthouse Keepers", "5 19:40 Chorprobe im Fernsehen",
+        "6 15:10 Käse, Kräuter, Kupferkessel"}
 
 
 SOON = TODAY + 3 * DAY
@@ -195,8 +223,9 @@ def test_page_names_and_marks_collisions(page):
     picture = SOURCE / os.environ.get("WEEK_PICTURE", "build/week.png")
     page.browser.save_screenshot(str(picture))
     assert picture.stat().st_size <= 150_000
-    marked = [box[2] for box in page.browser.execute_script(BOXES) if "collides" in box[3]]
-    assert sorted(marked) == ["Die Uhrmacherin", "Late News"]
+    boxes = page.browser.execute_script(BOXES, wall_of(TODAY))
+    marked = sorted(words for words, marks in boxes if "collides" in marks)
+    assert marked == ["2 20:15 Die Uhrmacherin", "2 21:49 Late News"]
 
 
 def test_page_says_errors_in_words(page):
@@ -223,6 +252,32 @@ def test_page_speaks_the_language_of_the_address_or_the_browser(page):
     page.see(".today h3", ("Mo", "Di", "Mi", "Do", "Fr", "Sa", "So")[TODAY.weekday()])
     page.open()
     page.see("#create", "New recording")
+
+
+def test_page_draws_moves_and_lengthens_with_the_mouse(page):
+    monday = TODAY + (7 - TODAY.weekday()) * DAY
+    tuesday = monday + DAY
+    page.open()
+    page.change(date=str(tuesday.date()), time="10:40", title="Choir", duration="01:05")
+    page.save()
+    before = page.records()
+    for start, end, *values in [
+            ((monday, "03:02"), (monday, "03:47"), "", monday, "03:00", "00:50"),
+            ((monday, "03:02"), (monday, "03:02"), "", monday, "03:00", "00:30"),
+            ((tuesday, "11:43"), (tuesday, "12:34"), "Choir", tuesday, "10:40", "01:55"),
+            ((tuesday, "11:00"), (monday, "09:22"), "Choir", monday, "09:00", "01:05")]:
+        page.drag(start, end, key=Keys.ESCAPE)
+        page.drag((monday, "07:10"), end)  # a repeat schedule, which stays
+        assert not page.all("#recording[open]")
+        page.drag(start, end)
+        page.see("#recording[open]")
+        title, day, *others = values
+        assert page.browser.execute_script(FORM) == [title, str(day.date()), *others]
+        if day == tuesday or not title:
+            page.see("#recording .cancel").click()
+    assert page.records() == before
+    page.save()
+    assert {one[:2] for one in page.records() - before} == {(monday.replace(hour=9), "Choir")}
 
 
 def test_page_works_by_keyboard(page):

@@ -2,29 +2,31 @@
 import { connect } from "./api.js";
 import { makeDialog } from "./dialog.js";
 import { makeListView } from "./list_view.js";
-import { Schedules, isRepeat } from "./schedules.js";
+import { PAGE, Schedules, isRepeat } from "./schedules.js";
 import { TEXT, explain, translate } from "./text.js";
-import { DAY, wallOf, weekOf } from "./week.js";
+import { DAY, boxesOfDays, dayOf, wallOf, weekOf } from "./week.js";
 import { makeWeekView } from "./week_view.js";
-import { FIRST_WEEKDAY, nameOf, whenOf } from "./words.js";
+import { FIRST_WEEKDAY, dayName, matches, nameOf, weekName, whenOf } from "./words.js";
 
 const UNDO_TIME = 10_000; // milliseconds for which a deletion can be undone
 const SLOW = 300; // milliseconds after which a wait is shown
 const find = (selector) => document.querySelector(selector);
-const tunerButtons = document.querySelectorAll("#tuners button");
+const tunerButtons = document.querySelectorAll("#tuners [value]");
 
 translate(document);
 // The origin leaves out a login with which the address of the page may have been typed.
 const endpoint = new URL(document.documentElement.dataset.endpoint, location.origin).href;
 const schedules = new Schedules(connect(endpoint, { onBusy }));
 const dialog = makeDialog(find("#recording"), schedules, { save, remove, ask });
-const weekView = makeWeekView(find("#week .days"), find("#week-title"), openChanged);
+const weekView = makeWeekView(find("#week .days"), find("#week-title"), { openChanged, openNew });
 const listView = makeListView(find("#list"), openChanged, (start) => guard(() => showList(start)));
 
 let waiting = 0; // timer of the wait that may become slow
 let undoing = 0; // timer after which nothing can be undone
 let listStart = 0;
-let week = null; // null means the week of today
+let shownWall = null; // a time of the shown week or day; null means now
+let showsAll = false; // one day of all tuners, not a week of one
+let showings = 0; // counts; what an earlier one still gets is not shown
 
 function onBusy(pending) {
   const notes = document.querySelectorAll(".waiting");
@@ -49,28 +51,62 @@ function refocus(key, other) {
   (find(`[data-key="${CSS.escape(key)}"]`) ?? other)?.focus({ preventScroll: true });
 }
 
-const shownWeek = () => week ?? weekOf(schedules.clock.wallNow(), FIRST_WEEKDAY);
-const showWeek = () => weekView.show(schedules.plans, shownWeek(), schedules.clock);
+function shownDay() {
+  const wall = shownWall ?? schedules.clock.wallNow();
+  return showsAll ? dayOf(wall) : weekOf(wall, FIRST_WEEKDAY);
+}
 
-function turnWeek(days) {
-  week = days === 0 ? null : shownWeek() + days * DAY;
-  showWeek();
+async function readTuner(tuner, day) {
+  const [boxes] = boxesOfDays(await schedules.plansOf(tuner), day, 1, schedules.clock);
+  return { title: TEXT.tunerOf(tuner), day, tuner, boxes };
+}
+
+function daysOfWeek(week) {
+  const { clock, plans, tuner } = schedules;
+  return boxesOfDays(plans, week, 7, clock).map((boxes, index) => {
+    const day = week + index * DAY;
+    return { title: dayName(day), day, tuner, boxes };
+  });
+}
+
+async function showWeek() {
+  const showing = ++showings;
+  const day = shownDay();
+  const title = showsAll ? dayName(day)
+    : `${TEXT.tunerOf(schedules.tuner)}: ${weekName(day, day + 6 * DAY)}`;
+  const columns = showsAll
+    ? await Promise.all(schedules.tuners().map((tuner) => readTuner(tuner, day))) : daysOfWeek(day);
+  if (showing !== showings) return;
+  weekView.show(title, columns, schedules.clock, !schedules.lacksRules());
+}
+
+function turn(steps) {
+  shownWall = steps && shownDay() + steps * (showsAll ? 1 : 7) * DAY || null;
+  return showWeek();
+}
+
+function chooseTuner(tuner, all = false) {
+  showsAll = all;
+  return read(tuner);
 }
 
 async function showList(start = listStart) {
-  const { turn } = schedules;
-  const page = await schedules.page(start);
-  if (turn !== schedules.turn) return;
+  const { turn, plans } = schedules;
+  const filter = find("#filter").value.trim();
+  const found = plans.map(({ schedule }) => schedule).filter((one) => matches(one, filter));
+  const first = start < found.length ? start : 0;
+  const page = filter ? { start: first, schedules: found.slice(first, first + PAGE) }
+    : await schedules.page(start);
+  if (turn !== schedules.turn || filter !== find("#filter").value.trim()) return;
   listStart = page.start;
-  listView.show(page, schedules.plans, schedules.clock.now());
+  listView.show(page, found.length, plans, schedules.clock.now());
 }
 
 /** Shows what a turn has read, unless a later one has begun. */
 async function show(turn) {
   if (turn !== schedules.turn) return;
   const { key } = document.activeElement.dataset;
-  showWeek();
-  await showList();
+  await Promise.all([showWeek(), showList()]);
   refocus(key);
   dialog.refresh();
 }
@@ -78,11 +114,15 @@ async function show(turn) {
 /** Reads a tuner from the server and shows it; the repeat schedules' other days follow. */
 async function read(tuner = schedules.tuner) {
   const isOther = tuner !== schedules.tuner;
-  history.replaceState(null, "", `#tuner=${tuner}`); // outlives a reload
-  for (const button of tunerButtons) button.ariaPressed = String(Number(button.value) === tuner);
+  history.replaceState(null, "", `#tuner=${tuner}${showsAll ? "&all" : ""}`); // outlives a reload
+  for (const button of tunerButtons) {
+    button.ariaPressed = String(!showsAll && Number(button.value) === tuner);
+  }
+  find("#all-tuners").ariaPressed = String(showsAll);
+  find("#list-title").textContent = TEXT.listOf(tuner);
   find("#tuner").value = tuner < tunerButtons.length ? "" : tuner;
   const loading = schedules.load(tuner);
-  if (isOther) show(schedules.turn); // nothing of the former tuner while this one is read
+  if (isOther && !showsAll) show(schedules.turn); // nothing of the former tuner meanwhile
   const turn = await loading;
   await show(turn);
   if (schedules.lacksRules()) await schedules.loadRules().finally(() => show(turn));
@@ -117,7 +157,7 @@ async function change(action, told, tuner = schedules.tuner) {
     throw problem;
   });
   await guard(() => read(tuner));
-  told(result);
+  await told(result);
 }
 
 /** Whether the user agrees. */
@@ -141,16 +181,16 @@ function save(draft, old) {
   return change(() => schedules.save(draft, old), (stored) => {
     const wall = wallOf(stored.start);
     tell(wall === draft.wall ? TEXT.saved(name) : TEXT.savedElsewhere(name, whenOf({ wall })));
-    reveal(stored);
+    return reveal(stored);
   }, draft.tuner);
 }
 
 /** Shows a schedule in the week: the shown one if it is there, otherwise that of its start. */
-function reveal({ primeid, start }) {
+async function reveal({ primeid, start }) {
   const boxOf = () => find(`.box[data-key^="${CSS.escape(`box ${primeid} `)}"]`);
   if (!boxOf()) {
-    week = weekOf(wallOf(start), FIRST_WEEKDAY);
-    showWeek();
+    shownWall = wallOf(start);
+    await showWeek();
   }
   boxOf()?.scrollIntoView({ block: "center" });
 }
@@ -170,16 +210,18 @@ const BUTTONS = {
   "#stop": () => confirm(TEXT.stopping, () => schedules.stop()),
   "#clear": () => confirm(TEXT.clearing, () => schedules.clearPassed()),
   "#delete-chosen": () => remove(listView.chosen()),
-  "#previous": () => turnWeek(-7), "#today": () => turnWeek(0), "#next": () => turnWeek(7),
+  "#previous": () => turn(-1), "#today": () => turn(0), "#next": () => turn(1),
+  "#all-tuners": () => chooseTuner(schedules.tuner, true),
 };
 for (const [selector, action] of Object.entries(BUTTONS)) {
   find(selector).addEventListener("click", () => guard(action));
 }
 for (const button of tunerButtons) {
-  button.addEventListener("click", () => guard(() => read(Number(button.value))));
+  button.addEventListener("click", () => guard(() => chooseTuner(Number(button.value))));
 }
 find("#tuner").addEventListener("change", ({ target }) =>
-  guard(() => target.reportValidity() && read(Number(target.value))));
+  guard(() => target.reportValidity() && chooseTuner(Number(target.value))));
+find("#filter").addEventListener("input", () => guard(() => showList(0)));
 // Escape presses Cancel: left to the browser, it could close the dialog behind a question, too.
 addEventListener("keydown", (event) => {
   const opened = [...document.querySelectorAll("dialog[open]")].at(-1);
@@ -188,4 +230,5 @@ addEventListener("keydown", (event) => {
   opened.querySelector(".cancel").click();
 });
 setInterval(() => weekView.tick(), 30_000);
-guard(() => read(Number(location.hash.match(/^#tuner=(\d+)$/)?.[1] ?? 0)));
+const [, tuner = 0, all] = location.hash.match(/^#tuner=(\d+)(&all)?$/) ?? [];
+guard(() => chooseTuner(Number(tuner), Boolean(all)));

@@ -27,17 +27,17 @@ export function makeListView(section, open, turn) {
     return element("li", "", choice, row);
   }
 
-  function show(newPage, plans, now) {
+  function show(newPage, count, plans, now) {
     const kept = new Set(chosen().map(({ primeid }) => primeid));
     const known = new Map(plans.map((plan) => [plan.schedule.primeid, plan]));
     page = newPage;
     list.replaceChildren(...page.schedules.map((one) =>
       makeRow(one, known.get(one.primeid) ?? planOf(one), now, kept.has(one.primeid))));
     const last = page.start + page.schedules.length;
-    section.querySelector("output").textContent = plans.length
-      ? TEXT.range(page.start + 1, last, plans.length) : TEXT.empty;
+    section.querySelector("output").textContent = count
+      ? TEXT.range(page.start + 1, last, count) : plans.length ? TEXT.noMatch : TEXT.empty;
     earlier.disabled = page.start === 0;
-    later.disabled = last >= plans.length;
+    later.disabled = last >= count;
   }
 
   /** The schedules whose boxes are ticked. */

@@ -7,6 +7,7 @@
 export const DAY = 86400;
 const UNKNOWN_LENGTH = 1800; // what the appliance records without a length
 const SMALLEST_BOX = 15 * 60; // a shorter box cannot be read
+export const STEP = 5 * 60; // the mouse draws in steps
 
 /** The wall time of "2026/11/25 12:30", "2026-11-25 12:30" or a date alone; NaN for no date. */
 export function wallOf(text) {
@@ -133,17 +134,6 @@ function markCollisions(occurrences) {
   }
 }
 
-/** All recordings in the seven days from `week` on, sorted by time, with collisions marked. */
-export function occurrencesOfWeek(plans, week, clock) {
-  const found = plans.flatMap((plan) => {
-    const before = Math.ceil(plan.length / DAY) * DAY;
-    return occurrencesOf(plan, week - before, week + 6 * DAY, clock);
-  });
-  const shown = withoutTwins(found.filter(({ end }) => end > week));
-  markCollisions(shown);
-  return shown.sort((a, b) => a.begin - b.begin);
-}
-
 // Gives boxes that overlap columns of their own. All boxes of a cluster have as many columns.
 function setColumns(boxes) {
   let cluster = [];
@@ -162,13 +152,26 @@ function setColumns(boxes) {
   close();
 }
 
+// All recordings of some days, sorted by time, with collisions marked, also those with recordings
+// of the day after them.
+function occurrencesOfDays(plans, first, count, clock) {
+  const found = plans.flatMap((plan) => {
+    const before = Math.ceil(plan.length / DAY) * DAY;
+    return occurrencesOf(plan, first - before, first + count * DAY, clock);
+  });
+  const shown = withoutTwins(found.filter(({ end }) => end > first));
+  markCollisions(shown);
+  return shown.sort((a, b) => a.begin - b.begin);
+}
+
 /**
- * The boxes of each of the seven days. `top` and `bottom` are seconds from midnight, `column` is
- * one of `columns`.
+ * The boxes of each of some days from `first` on. `top` and `bottom` are seconds from midnight,
+ * `column` is one of `columns`.
  */
-export function boxesOfWeek(occurrences, week) {
-  return Array.from({ length: 7 }, (_, index) => {
-    const day = week + index * DAY;
+export function boxesOfDays(plans, first, count, clock) {
+  const occurrences = occurrencesOfDays(plans, first, count, clock);
+  return Array.from({ length: count }, (_, index) => {
+    const day = first + index * DAY;
     const own = occurrences.filter(({ begin, end }) => begin < day + DAY && end > day);
     const boxes = own.map((occurrence) => {
       const top = Math.max(occurrence.begin - day, 0);
@@ -176,8 +179,19 @@ export function boxesOfWeek(occurrences, week) {
       return { occurrence, top, bottom, continued: occurrence.begin < day };
     });
     setColumns(boxes);
-    return { day, boxes };
+    return boxes;
   });
+}
+
+/** A wall time that is moved by some seconds with the mouse: to a step, if it is moved at all. */
+export const movedBy = (wall, by) =>
+  (Math.abs(by) < STEP / 2 ? wall : Math.round((wall + by) / STEP) * STEP);
+
+/** What is drawn between two wall times: the steps that it touches; by a click, half an hour. */
+export function drawn(from, to) {
+  const start = Math.floor(Math.min(from, to) / STEP) * STEP;
+  const end = Math.ceil(Math.max(from, to) / STEP) * STEP;
+  return { start, duration: Math.abs(to - from) < STEP ? UNKNOWN_LENGTH : end - start };
 }
 
 /**

@@ -1,19 +1,24 @@
-// Shows a week as seven columns of boxes. On a narrow screen the style sheet makes it a day list.
+// Shows columns of boxes beside each other: the days of a week, or the tuners of a day. On a narrow
+// screen the style sheet makes them lists.
+import { addGestures } from "./gestures.js";
 import { TEXT } from "./text.js";
-import { DAY, boxesOfWeek, dayOf, occurrencesOfWeek, timeText } from "./week.js";
-import { dayName, describe, element, marksOf, weekName } from "./words.js";
+import { DAY, dayOf, timeText } from "./week.js";
+import { describe, element, marksOf } from "./words.js";
 
 const SHORT = 1800; // seconds; a shorter box has room for one line
 
-/** The view in a section. `open` receives the plan of a clicked box. */
-export function makeWeekView(section, heading, open) {
+// No method moves other schedules: they would become new ones.
+const isMovable = (plan) => plan.schedule.is_userdefine && !plan.selected && plan.rule === null;
+
+/** The view in a section. `actions` are openChanged(plan, values) and openNew(values). */
+export function makeWeekView(section, heading, actions) {
   const hours = element("div", "hours");
   for (let hour = 0; hour < 24; hour++) hours.append(element("span", "", `${hour}:00`));
-  const line = element("div", "now");
-  hours.ariaHidden = line.ariaHidden = "true";
+  hours.ariaHidden = "true";
   let clock = null;
-  let boxes = []; // [element, occurrence]
+  let boxes = new Map(); // occurrences by their elements
   let scrolledTo = null;
+  addGestures(section, (box) => boxes.get(box), isMovable, actions);
 
   function makeBox({ occurrence, top, bottom, column, columns, continued }) {
     const { plan, begin, end, collides } = occurrence;
@@ -27,19 +32,26 @@ export function makeWeekView(section, heading, open) {
     box.classList.toggle("short", bottom - top < SHORT);
     box.title = box.textContent;
     box.dataset.key = `box ${plan.schedule.primeid} ${begin} ${continued}`;
-    box.addEventListener("click", () => open(plan));
-    boxes.push([box, occurrence]);
+    box.addEventListener("click", () => actions.openChanged(plan));
+    if (isMovable(plan)) {
+      box.classList.add("movable");
+      if (end <= dayOf(begin) + DAY || continued) box.append(element("span", "edge"));
+    } else {
+      box.title += `\n${TEXT.unmovable}`;
+    }
+    boxes.set(box, occurrence);
     return box;
   }
 
-  function makeDay({ day, boxes: own }) {
-    const title = element("h3", "", dayName(day));
-    title.id = `day-${day}`;
+  function makeColumn({ title, day, tuner, boxes: own }, index) {
+    const name = element("h3", "", title);
+    name.id = `column-${index}`;
     const items = own.map((box) => element("li", "", makeBox(box)));
-    const list = items.length ? element("ol", "", ...items) : element("p", "none", TEXT.nothing);
-    const column = element("section", "day", title, list);
-    column.setAttribute("aria-labelledby", title.id);
-    column.dataset.day = day;
+    const list = items.length ? element("ol", "times", ...items)
+      : element("p", "times none", TEXT.nothing);
+    const column = element("section", "day", name, list);
+    column.setAttribute("aria-labelledby", name.id);
+    Object.assign(column.dataset, { day, tuner });
     return column;
   }
 
@@ -47,32 +59,47 @@ export function makeWeekView(section, heading, open) {
   function tick() {
     if (!clock) return;
     const today = dayOf(clock.wallNow());
-    line.remove();
-    line.style.setProperty("--top", (clock.wallNow() - today) / DAY);
-    for (const day of section.querySelectorAll(".day")) {
-      day.classList.toggle("today", Number(day.dataset.day) === today);
+    for (const line of section.querySelectorAll(".now")) line.remove();
+    for (const column of section.querySelectorAll(".day")) {
+      const isToday = Number(column.dataset.day) === today;
+      column.classList.toggle("today", isToday);
+      if (isToday) column.append(makeLine(today));
     }
-    section.querySelector(".today")?.append(line);
     for (const [box, one] of boxes) box.classList.toggle("passed", one.endEpoch <= clock.now());
   }
 
-  // A week that was not shown before begins near now, or near its first box.
-  function scroll(week) {
-    const goals = line.isConnected ? [line] : boxes.map(([box]) => box);
-    if (scrolledTo === week || !goals.length) return;
-    scrolledTo = week;
-    const goal = Math.min(...goals.map((one) => one.offsetTop));
-    section.scrollTop = goal - section.clientHeight / 4;
+  function makeLine(today) {
+    const line = element("div", "now");
+    line.style.setProperty("--top", (clock.wallNow() - today) / DAY);
+    line.ariaHidden = "true";
+    return line;
   }
 
-  function show(plans, week, ownClock) {
+  // What was not shown before begins near now, or near its first box; a list, at today.
+  function scroll(key, isWhole) {
+    const lines = section.querySelectorAll(".now");
+    const goals = lines.length ? [...lines] : [...boxes.keys()];
+    if (scrolledTo === key || !goals.length) return;
+    if (isWhole && boxes.size) scrolledTo = key;
+    const goal = Math.min(...goals.map((one) => one.offsetTop));
+    section.scrollTop = goal - section.clientHeight / 4;
+    if (section.clientHeight === section.scrollHeight) {
+      section.querySelector(".today")?.scrollIntoView();
+    }
+  }
+
+  /**
+   * Shows columns: each has a title, the day and the tuner, and its boxes. More boxes follow if
+   * they are not whole.
+   */
+  function show(title, columns, ownClock, isWhole) {
     clock = ownClock;
-    boxes = [];
-    heading.textContent = weekName(week, week + 6 * DAY);
-    const days = boxesOfWeek(occurrencesOfWeek(plans, week, clock), week);
-    section.replaceChildren(hours, ...days.map(makeDay));
+    boxes = new Map();
+    heading.textContent = title;
+    section.style.setProperty("--columns", columns.length);
+    section.replaceChildren(hours, ...columns.map(makeColumn));
     tick();
-    scroll(week);
+    scroll(`${columns[0].day} ${columns.length}`, isWhole);
   }
 
   return { show, tick };

@@ -13,6 +13,12 @@ export const weekName = (first, last) => WEEK_FORMAT.formatRange(first * 1000, l
 
 export const channelOf = (schedule) => schedule.channel_name || TEXT.channelOf(schedule.id);
 export const nameOf = (schedule) => schedule.title || channelOf(schedule);
+/** Whether title and channel contain every word of a filter. */
+export function matches(schedule, filter) {
+  const text = `${nameOf(schedule)} ${channelOf(schedule)}`.toLocaleLowerCase(LOCALE);
+  return filter.toLocaleLowerCase(LOCALE).split(/\s+/).every((word) => text.includes(word));
+}
+
 export const whenOf = ({ wall }) =>
   (Number.isNaN(wall) ? TEXT.noTime : `${dayName(wall)}, ${timeText(wall)}`);
 

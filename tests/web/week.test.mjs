@@ -13,8 +13,7 @@ function plan(start, minutes, { days, end = "1", weekly = true, id = "1@2" } = {
   return planOf(schedule, days ? { weekdaystatus: days, end_date: end, isweekly: weekly } : null);
 }
 
-const daysOf = (...plans) =>
-  week.boxesOfWeek(week.occurrencesOfWeek(plans, WEEK, utc), WEEK).map(({ boxes }) => boxes);
+const daysOf = (...plans) => week.boxesOfDays(plans, WEEK, 7, utc);
 const countsOf = (...plans) => daysOf(...plans).map((boxes) => boxes.length).join("");
 
 test("a repeat schedule stands on its days, from its first to its last", () => {
@@ -63,6 +62,17 @@ test("what a wanted recording would collide with", () => {
     const found = collisionsWith(plan(start, minutes, rule), stored, utc);
     assert.deepEqual(found.map((one) => stored.indexOf(one)), expected, start);
   }
+});
+
+test("the mouse draws and moves in steps of five minutes; a click draws half an hour", () => {
+  const at = (time) => wallOf(`2025-06-30 ${time}`);
+  const cases = [["20:03", "20:41", "20:00", 45], ["20:41", "20:03", "20:00", 45],
+    ["20:03", "20:06", "20:00", 30], ["23:50", "24:00", "23:50", 10]];
+  for (const [from, to, start, minutes] of cases) {
+    assert.deepEqual(week.drawn(at(from), at(to)), { start: at(start), duration: minutes * 60 });
+  }
+  assert.equal(week.movedBy(at("21:49"), 120), at("21:49"));
+  assert.equal(week.movedBy(at("21:49"), -DAY + 200), at("21:50") - DAY);
 });
 
 test("the offset of a date is the browser's if it agrees with the appliance, else learned", () => {
