@@ -5,8 +5,10 @@
 #include "frame/schedule_recording_api.h"
 #include "frame/video_web_api.h"
 #include "kald/web_api_util.h"
+#include "kald/web_utils.h"
 #include "network/host_port.h"
 #include "network/run_as_guard.h"
+#include "platform/appliance_paths.h"
 #include "text_list/text_list.h"
 
 #include <syslog.h>
@@ -46,6 +48,7 @@ struct OtherApi : Tremolane::VideoWebAPI {
                  file.SetPrivilege(1026, "dtv", false);
                  return Text(file.GetPrivilege(7, "dtv"));
              }},
+            {"save", [](OtherApi& api) { return Text(api.Save()); }},
             {"not found", [](OtherApi& api) { return api.SendNotFoundPage(), Text(true); }},
             {"number", [](OtherApi& api) { return api.GetIntParamText("n"); }},
             {"merge",
@@ -85,7 +88,17 @@ struct OtherApi : Tremolane::VideoWebAPI {
         SetResponse(answers);
     }
 
+    /// Appends to a document that it saves each time.
+    bool Save()
+    {
+        m_document.append(m_document.size());
+        return WebUtils::SaveJsonFile(m_document, appliance::kUserDefineFile);
+    }
+
     static std::string Text(bool holds) { return holds ? "yes" : "no"; }
+
+private:
+    Json::Value m_document;
 };
 
 } // namespace

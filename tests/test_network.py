@@ -61,6 +61,13 @@ def test_privileges_are_written_when_the_object_goes(other):
     assert other.path("users").read_text() == written
 
 
+@pytest.mark.parametrize("method, answers, stored", [
+    ("create_repeat", ["yes", "no"], [0]), ("other", ["yes", "yes"], [0, 1])])
+def test_second_save_of_a_method_that_saves_once_is_refused(other, method, answers, stored):
+    assert ask(other, "save", "save", query=f"method={method}").data == answers
+    assert other.stored().user_defined == stored
+
+
 def test_merge_leaves_foreign_members_at_their_position(other):
     assert ask(other, "merge").data == ["1 true"]
 

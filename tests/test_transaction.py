@@ -120,6 +120,13 @@ def test_change_of_one_file_is_refused_after_a_device_has_failed(appliance, name
     assert answer == Answer(403, log=not_saved(appliance, "one_shot", "Input/output error"))
 
 
+def test_file_whose_folder_cannot_be_synced_is_as_before(appliance):
+    for stored in [SHOW], None:
+        path = appliance.store(one_shot=stored).path("one_shot")
+        answer = create(appliance, under=failing("fsync", path.parent))
+        assert answer == Answer(403, log=not_saved(appliance, "one_shot", "Input/output error"))
+
+
 def test_recording_folder_whose_device_failed_is_no_reason_while_there_is_another(appliance):
     appliance.store(folders=[FOLDER | {"subpath": "x"}, FOLDER])
     under = failing("newfstatat", appliance.path(f"volume1/{FOLDER['share']}/x"))
