@@ -109,8 +109,3 @@ void PrivilegeFile::Save()
     }
     m_dirty = false;
 }
-
-std::string PrivilegeFile::UidKey(unsigned int uid)
-{
-    return std::to_string(uid);
-}

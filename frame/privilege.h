@@ -27,7 +27,7 @@ public:
 private:
     void Load();
     void Save();
-    static std::string UidKey(unsigned int uid);
+    static std::string UidKey(unsigned int uid) { return std::to_string(uid); }
 
     bool m_dirty = false;
     bool m_loaded = false; ///< a load was attempted, successfully or not

@@ -22,10 +22,6 @@ constexpr int kAccountLine = 40;
 
 } // namespace
 
-VideoWebAPI::VideoWebAPI() : WebAPI("Tremolane.api", "Tremolane") {}
-
-VideoWebAPI::~VideoWebAPI() = default;
-
 int VideoWebAPI::CheckAuthorized()
 {
     int const hostResult = WebAPI::CheckAuthorized();
@@ -36,16 +32,6 @@ int VideoWebAPI::CheckAuthorized()
              : hostResult == kHostNoLogin ? kErrorNoLogin
                                           : kErrorNoPrivilege);
     return 0;
-}
-
-bool VideoWebAPI::SupportsSharing()
-{
-    return false;
-}
-
-bool VideoWebAPI::IsSharingIdValid(std::string const& /*id*/)
-{
-    return true;
 }
 
 bool VideoWebAPI::CheckSharing()
@@ -66,21 +52,6 @@ void VideoWebAPI::SendNotFoundPage()
 {
     std::fputs("Cache-control: no-store\r\nStatus: 404 Not Found\r\n\r\n", stdout);
     std::fflush(stdout);
-}
-
-bool VideoWebAPI::IsAllowDtv()
-{
-    return HasPrivilege("dtv");
-}
-
-bool VideoWebAPI::IsAllowSharing()
-{
-    return HasPrivilege("sharing");
-}
-
-bool VideoWebAPI::IsAllowRenderer()
-{
-    return HasPrivilege("renderer");
 }
 
 bool VideoWebAPI::HasPrivilege(char const* key)

@@ -9,19 +9,18 @@ namespace Tremolane {
 
 class VideoWebAPI : public KALD::WebAPI {
 public:
-    VideoWebAPI();
-    ~VideoWebAPI() override;
+    VideoWebAPI() : WebAPI("Tremolane.api", "Tremolane") {}
 
     /// Returns 1 if the request is authorised: by its login or by a valid shared link. Otherwise
     /// returns 0 and sets kErrorNoPrivilege, kErrorNoLogin or kErrorLocked.
     int CheckAuthorized() override;
 
     /// Returns whether this API serves shared links: false unless a derived class overrides it.
-    virtual bool SupportsSharing();
+    virtual bool SupportsSharing() { return false; }
 
     /// Returns whether the shared link `id`, which is never empty, is valid. Called only if the
     /// class serves shared links.
-    virtual bool IsSharingIdValid(std::string const& id);
+    virtual bool IsSharingIdValid(std::string const& /*id*/) { return true; }
 
 protected:
     /// Returns whether the request came through a valid shared link. Decides once and caches the
@@ -36,9 +35,9 @@ protected:
 
     /// Returns whether the login user may use the schedule methods, shared links or renderers.
     /// Administrators always may. The package's privilege file decides for all other users.
-    bool IsAllowDtv();
-    bool IsAllowSharing();
-    bool IsAllowRenderer();
+    bool IsAllowDtv() { return HasPrivilege("dtv"); }
+    bool IsAllowSharing() { return HasPrivilege("sharing"); }
+    bool IsAllowRenderer() { return HasPrivilege("renderer"); }
 
     /// Stores the uid of the login user in `*uid`. If there is no such user, returns false, sets
     /// kErrorFailed and leaves `*uid` untouched.

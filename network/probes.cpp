@@ -34,16 +34,13 @@ bool s_relayAsked = false;
 bool s_relayFound = false;
 // NOLINTEND(readability-identifier-naming)
 
-struct ClosePipe {
-    void operator()(FILE* stream) const { KDLIBCPclose(stream); }
-};
-
 /// Runs a tool with one argument. Stores the first line of its output, including the line break
 /// and cut to 1023 characters. Returns false if it prints nothing or cannot be started.
 bool ReadFirstLine(char const* tool, char const* argument, std::string& text)
 {
     char line[1024] = {};
-    std::unique_ptr<FILE, ClosePipe> const stream(KDLIBCPopen(tool, "r", argument));
+    std::unique_ptr<FILE, decltype(&KDLIBCPclose)> const stream(KDLIBCPopen(tool, "r", argument),
+                                                                &KDLIBCPclose);
     if (!stream || std::fgets(line, sizeof line, stream.get()) == nullptr) {
         return false;
     }

@@ -15,8 +15,6 @@ namespace {
 using namespace appliance;
 
 constexpr char kDate[] = "%Y-%m-%d";
-constexpr char kTimeOfDay[] = "%R";
-constexpr char kWeekday[] = "%w"; ///< Sunday is 0
 
 /// Renders a local date or time.
 std::string LocalText(std::time_t time, char const* format)
@@ -52,8 +50,8 @@ Json::Value InfoOf(Json::Value const& record, std::time_t start, std::time_t now
     info[member::kChannelName] = TextOf(record, member::kChannelName);
     info[member::kChannelId] = TextOf(record, member::kChannelId);
     info[member::kStartDate] = LocalText(start, kDate);
-    info[member::kStartTime] = LocalText(start, kTimeOfDay);
-    info["start_weekday"] = LocalText(start, kWeekday);
+    info[member::kStartTime] = LocalText(start, "%R");
+    info["start_weekday"] = LocalText(start, "%w");
     info["today_date"] = LocalText(now, kDate);
     info[member::kDuration] = duration;
     info[member::kTitle] = TextOf(record, member::kEventName);

@@ -21,36 +21,27 @@ namespace {
 using namespace appliance;
 
 constexpr int kNotSaved = -1;
-
-// What stands in a record in the place of a recurrence.
-constexpr char kNoWeekdays[] = "0,0,0,0,0,0,0";
-constexpr char kNoEndDate[] = "1";
-
-enum class Need { kNone, kAlways, kIfRepeat };
+constexpr bool kRequired = true;
 
 /// A parameter and the member that keeps its text unchanged.
 struct TextField {
     char const* parameter;
     Json::StaticString member;
-    Need need;
+    bool isRequired = false;
+    char const* ofOneShot = nullptr; ///< instead of a text about the recurrence
 };
 
 TextField const kTextFields[] = {
-    {"start_date", member::kInputStartDate, Need::kAlways},
-    {"start_time", member::kInputStartTime, Need::kAlways},
-    {"duration", member::kInputDuration, Need::kNone},
-    {"title", member::kEventName, Need::kNone},
-    {"description", member::kTextName, Need::kNone},
-    {"channel_name", member::kChannelName, Need::kAlways},
-    {"id", member::kChannelId, Need::kAlways},
-    {"weekdaystatus", member::kWeekdayStatus, Need::kIfRepeat},
-    {"end_date", member::kEndDate, Need::kIfRepeat},
+    {"start_date", member::kInputStartDate, kRequired},
+    {"start_time", member::kInputStartTime, kRequired},
+    {"duration", member::kInputDuration},
+    {"title", member::kEventName},
+    {"description", member::kTextName},
+    {"channel_name", member::kChannelName, kRequired},
+    {"id", member::kChannelId, kRequired},
+    {"weekdaystatus", member::kWeekdayStatus, kRequired, "0,0,0,0,0,0,0"},
+    {"end_date", member::kEndDate, kRequired, "1"},
 };
-
-bool IsNeeded(Need need, bool isRepeat)
-{
-    return need == Need::kAlways || (need == Need::kIfRepeat && isRepeat);
-}
 
 /// Fills a record, except its tuner, from the parameters; `get` returns a parameter's text by its
 /// key. Returns false if a parameter is missing or unusable.
@@ -64,18 +55,15 @@ bool FillRecordFromParameters(Json::Value& record, Get const& get)
     }
     KALD::WebAPIUtil::ParseBool(get("isweekly").c_str(), &isWeekly);
     for (TextField const& field : kTextFields) {
-        std::string const text = get(field.parameter);
-        if (text.empty() && IsNeeded(field.need, isRepeat)) {
+        bool const isGiven = isRepeat || field.ofOneShot == nullptr;
+        std::string const text = isGiven ? get(field.parameter) : field.ofOneShot;
+        if (text.empty() && field.isRequired) {
             return false;
         }
         record[field.member] = text;
     }
     record[member::kIsRepeat] = isRepeat;
     record[member::kIsWeekly] = isWeekly || !isRepeat;
-    if (!isRepeat) {
-        record[member::kWeekdayStatus] = kNoWeekdays;
-        record[member::kEndDate] = kNoEndDate;
-    }
     record[member::kStartTime] = ScheduleRecordingAPI::DateTimeToEpoch(
         record[member::kInputStartDate].asCString(), record[member::kInputStartTime].asCString());
     record[member::kDuration] =
