@@ -2,6 +2,7 @@
 import base64
 import datetime
 import os
+import re
 import zoneinfo
 
 import pytest
@@ -278,6 +279,21 @@ def test_page_draws_moves_and_lengthens_with_the_mouse(page):
     assert page.records() == before
     page.save()
     assert {one[:2] for one in page.records() - before} == {(monday.replace(hour=9), "Choir")}
+
+
+def test_page_shows_all_tuners_filters_the_list_and_prints_one_page(page):
+    page.open()
+    page.see("#all-tuners").click()
+    page.see(".day[data-tuner='1'] .box", "The Quiet Harbour")
+    assert [one.text for one in page.all(".day h3")] == [f"Tuner {number}" for number in range(4)]
+    page.see("#next").click()
+    page.see(".day[data-tuner='0'] .box", "Gardens Under Glass")
+    page.see("#filter").send_keys("ahorn abend")
+    page.see(".pages", "1 to 1 of 1")
+    page.see(".row", "Abendbericht")
+    page.see("#tuners button").click()
+    printed = page.tell("Page.printToPDF", {"preferCSSPageSize": True})["data"]
+    assert len(re.findall(rb"/Type\s*/Page\b", base64.b64decode(printed))) == 1
 
 
 def test_page_works_by_keyboard(page):
