@@ -217,7 +217,8 @@ def test_page_names_and_marks_collisions(page):
     day = (TODAY + 2 * DAY).date()
     page.open()
     page.see("#next" if TODAY.weekday() > 4 else "#today").click()
-    page.change(date=str(day), time="21:49", title="Late News", duration="01:00")
+    page.change(channel="28102@546000", date=str(day), time="21:49", title="Late News",
+                duration="01:00")
     page.see("#collisions", "Collides with Die Uhrmacherin")
     page.see("#collisions", "Tuner 1 is free then")
     page.save()
