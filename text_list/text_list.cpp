@@ -18,16 +18,11 @@ std::string JoinString(std::vector<std::string> const& parts, std::string_view s
 std::vector<std::string> SplitString(std::string_view text, char separator)
 {
     std::vector<std::string> pieces;
-    if (text.empty()) {
-        return pieces;
+    std::size_t end = 0;
+    for (std::size_t begin = 0; !text.empty() && end != text.npos; begin = end + 1) {
+        end = text.find(separator, begin);
+        pieces.emplace_back(text.substr(begin, end - begin));
     }
-    std::size_t end = text.find(separator);
-    while (end != std::string_view::npos) {
-        pieces.emplace_back(text.substr(0, end));
-        text.remove_prefix(end + 1);
-        end = text.find(separator);
-    }
-    pieces.emplace_back(text);
     return pieces;
 }
 

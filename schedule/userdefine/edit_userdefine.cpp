@@ -82,10 +82,10 @@ void RemoveOldSchedule(Json::Value const& old, StoredSchedules& stored)
         return;
     }
     int generatedStart = 0; // of several repeat schedules the last one's
-    DropRecords(stored.repeat, [&](Json::Value const& record) {
+    for (Json::Value const& record : std::as_const(stored.repeat)) {
         generatedStart = isOld(record) ? IntOf(record, member::kLastCreateTime) : generatedStart;
-        return isOld(record);
-    });
+    }
+    DropRecords(stored.repeat, isOld);
     std::string const channelId = TextOf(old, member::kChannelId);
     bool const wasGenerated = DropRecords(stored.oneShot, [&](Json::Value const& record) {
         return IntOf(record, member::kStartTime) == generatedStart &&

@@ -52,11 +52,6 @@ bool Fits(std::optional<bool> wanted, bool flag)
     return wanted.value_or(flag) == flag;
 }
 
-std::string FlagText(bool flag)
-{
-    return flag ? "true" : "false";
-}
-
 /// Returns a parameter of the old schedule; none if its record does not keep it. The start is the
 /// client's text for a record, and an epoch for the store of an inner create.
 std::optional<std::string> RestoredParam(Json::Value const& record, char const* key,
@@ -65,11 +60,10 @@ std::optional<std::string> RestoredParam(Json::Value const& record, char const* 
     if (isInnerCreate && IsKey(key, "start_time")) {
         return std::to_string(IntOf(record, member::kStartTime));
     }
-    if (IsKey(key, "is_repeat")) {
-        return FlagText(FlagOf(record, member::kIsRepeat));
-    }
-    if (IsKey(key, "isweekly")) {
-        return FlagText(FlagOf(record, member::kIsWeekly));
+    for (char const* const flag : {"is_repeat", "isweekly"}) { // the record has the same names
+        if (IsKey(key, flag)) {
+            return FlagOf(record, flag) ? "true" : "false";
+        }
     }
     Json::StaticString const* const name = TextMemberOf(key);
     return name != nullptr ? std::optional(TextOf(record, *name)) : std::nullopt;
