@@ -1,6 +1,7 @@
 """The appliance under test: a fresh tree for each test, the built program, and what it leaves."""
 import contextlib
 import dataclasses
+import difflib
 import fcntl
 import glob
 import json
@@ -57,23 +58,12 @@ def case(name, *values, **marks):
     return pytest.param(*values, id=name, **marks)
 
 
-def in_forms(name, value):
-    """A document for the named file, with each Schedule in the form that the file has of it."""
-    if isinstance(value, list):
-        return [in_forms(name, element) for element in value]
-    if isinstance(value, Schedule):
-        return value.record() if name == "user_defined" else value.stored()
-    return value
-
-
-def leaves(document, path=""):
-    """The JSON of every value that holds no other, by its path: pytest shows which of them differ,
-    and true is not 1."""
-    if not document or not isinstance(document, (dict, list)):
-        return {path: json.dumps(document)}
-    children = document.items() if isinstance(document, dict) else enumerate(document)
-    return {name: leaf for key, child in children
-            for name, leaf in leaves(child, f"{path}/{key}").items()}
+def text_of(name, document):
+    """What stands in the named file: a text, or the JSON of a document, a member a line, with each
+    Schedule in the form that the file has of it."""
+    form = Schedule.record if name == "user_defined" else Schedule.stored
+    return document if isinstance(document, str) else json.dumps(
+        document, default=form, indent=1, sort_keys=True)
 
 
 def dangling_link(path):
@@ -108,9 +98,8 @@ class Appliance:
             if callable(value):
                 value(path)
             elif value is not None:
-                text = value if isinstance(value, str) else json.dumps(in_forms(name, value))
                 path.parent.mkdir(parents=True, exist_ok=True)
-                path.write_text(text, encoding="utf-8", errors="surrogateescape")
+                path.write_text(text_of(name, value), encoding="utf-8", errors="surrogateescape")
         return self
 
     def stored(self):
@@ -176,8 +165,11 @@ class Appliance:
         changes = {name: self._change(name, before, after, expected)
                    for name in before | after | expected
                    if before.get(name) != after.get(name) or name in expected}
-        wanted = {name: in_forms(name, value) for name, value in expected.items()}
-        assert leaves(changes) == leaves(wanted)
+        wanted, changed = (
+            [f"{name}: {line}" for name in sorted(files)
+             for line in text_of(name, files[name]).split("\n")] for files in (expected, changes))
+        difference = difflib.unified_diff(wanted, changed, "expected", "changed", lineterm="")
+        assert wanted == changed, "\n".join(difference)
 
     @staticmethod
     def _change(name, before, after, expected):

@@ -1,7 +1,9 @@
 """Members and records of wrong types: every method answers as if they were absent, changes nothing
 else, and keeps them."""
+import json
+
 import pytest
-from conftest import in_forms
+from conftest import text_of
 from every_method import CHANGING, READING, STORED, query_of
 
 NO_TEXT = [None, [], {}]
@@ -41,7 +43,7 @@ def outcome(appliance, name, file, records):
 @pytest.mark.parametrize("name", CHANGING | READING)
 @pytest.mark.parametrize("file", STORED)
 def test_wrong_type(appliance, file, name):
-    records = in_forms(file, STORED[file])
+    records = json.loads(text_of(file, STORED[file]))
     for position, record in enumerate(records):
         before, behind = records[:position], records[position + 1:]
         for bad, good in spoilt(record):
