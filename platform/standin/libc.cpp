@@ -18,7 +18,9 @@
 
 namespace {
 
-std::unordered_map<FILE*, pid_t> children; ///< the running ones, by the stream of their output
+/// The running children of this process, by the stream of their output: KDLIBCPclose() gets no
+/// more than that.
+std::unordered_map<FILE*, pid_t> children;
 
 /// Starts a program with its standard output redirected to `output`. Returns false on failure.
 bool Spawn(pid_t* pid, std::string program, std::string argument, int output)

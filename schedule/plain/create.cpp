@@ -11,8 +11,6 @@ namespace {
 
 using namespace appliance;
 
-constexpr int kAllStored = 0;
-
 /// Returns whether a single channel id names a channel, as far as the parser can read it.
 bool NamesChannel(std::string const& id)
 {
@@ -23,22 +21,21 @@ bool NamesChannel(std::string const& id)
 }
 
 /// Stores a schedule for each id, with the start at the same position, or an empty one beyond the
-/// last. Tries every position. Returns kAllStored, or an error code: that of the last position that
-/// failed with an errno.
-int StoreAll(int tuner, Json::Value const& ids, Json::Value const& starts, std::string const& uid)
+/// last. Tries every position. Returns none if all were stored, otherwise an error code: that of
+/// the last position that failed with an errno.
+std::optional<int> StoreAll(int tuner, Json::Value const& ids, Json::Value const& starts,
+                            std::string const& uid)
 {
     Json::Value out; // for all positions: the errno of an earlier failure would stand anyway
-    int code = kErrorFailed;
-    bool areAllStored = true;
+    std::optional<int> code;
     for (Json::ArrayIndex i = 0; i < ids.size(); ++i) {
         if (!KALDTremolane::AddSchedule(out, tuner, ids[i].asString(), starts[i].asString(),
                                         uid.c_str())) {
-            areAllStored = false;
             Json::Value const& error = MemberOf(out, member::kErrno);
-            code = error.isNull() ? code : MappErrorCode(AsInt(error));
+            code = error.isNull() ? code.value_or(kErrorFailed) : MappErrorCode(AsInt(error));
         }
     }
-    return areAllStored ? kAllStored : code;
+    return code;
 }
 
 } // namespace
@@ -66,9 +63,9 @@ bool ScheduleRecordingAPI::CreateSchedule()
         ids.append(id);
         starts.append(start);
     }
-    int const code = StoreAll(*tuner, ids, starts, *uid);
-    if (code != kAllStored) {
-        SetError(code);
+    std::optional<int> const error = StoreAll(*tuner, ids, starts, *uid);
+    if (error) {
+        SetError(*error);
         return false;
     }
     return ReloadDaemon();
