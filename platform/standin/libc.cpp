@@ -8,10 +8,10 @@
 #include <spawn.h>
 #include <sys/wait.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -80,15 +80,13 @@ int KDLIBCFileGetKeyValue(char const* path, char const* key, char* buffer, std::
     if (!standin::ReadFile(path, text)) {
         return 0;
     }
-    std::string_view rest = text;
-    while (!rest.empty()) {
-        std::size_t const end = std::min(rest.find('\n'), rest.size());
-        std::string_view const value = ValueInLine(rest.substr(0, end), key);
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        std::string_view const value = ValueInLine(line, key);
         if (value.data() != nullptr) {
             std::snprintf(buffer, size, "%.*s", static_cast<int>(value.size()), value.data());
             return static_cast<int>(value.size());
         }
-        rest.remove_prefix(std::min(end + 1, rest.size()));
     }
     return 0;
 }

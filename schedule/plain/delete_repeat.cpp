@@ -23,17 +23,6 @@ using namespace appliance;
 /// The schedules to delete: start and service number. A channel's frequency is not part of the key.
 using Keys = std::set<std::pair<std::int64_t, std::int64_t>>;
 
-/// Pairs two lists of the same length by position.
-Keys PairKeys(Json::Value const& starts, Json::Value const& channels)
-{
-    Keys keys;
-    for (Json::ArrayIndex j = 0; j < starts.size(); ++j) {
-        keys.emplace(ParseNumberPrefix(starts[j].asCString()),
-                     ParseNumberPrefix(channels[j].asCString()));
-    }
-    return keys;
-}
-
 } // namespace
 
 bool ScheduleRecordingAPI::DeleteRepeatSchedule()
@@ -52,7 +41,11 @@ bool ScheduleRecordingAPI::DeleteRepeatSchedule()
         SetError(kErrorFailed);
         return false;
     }
-    Keys const keys = PairKeys(starts, channels);
+    Keys keys; // the lists are paired by position
+    for (Json::ArrayIndex j = 0; j < starts.size(); ++j) {
+        keys.emplace(ParseNumberPrefix(starts[j].asCString()),
+                     ParseNumberPrefix(channels[j].asCString()));
+    }
     DropRecords(records, [&keys](Json::Value const& record) {
         return keys.contains({IntOf(record, member::kStartTime), IntOf(record, member::kId)});
     });
