@@ -16,17 +16,9 @@
 #include <set>
 #include <utility>
 
-namespace {
-
-using namespace appliance;
-
-/// The schedules to delete: start and service number. A channel's frequency is not part of the key.
-using Keys = std::set<std::pair<std::int64_t, std::int64_t>>;
-
-} // namespace
-
 bool ScheduleRecordingAPI::DeleteRepeatSchedule()
 {
+    using namespace appliance;
     using KALD::WebAPIUtil::ParseToArray;
     Json::Value const starts = ParseToArray(GetParam("id", "").c_str(), ",");
     Json::Value const channels = ParseToArray(GetParam("channel_id", "").c_str(), ",");
@@ -41,7 +33,8 @@ bool ScheduleRecordingAPI::DeleteRepeatSchedule()
         SetError(kErrorFailed);
         return false;
     }
-    Keys keys; // the lists are paired by position
+    // Start and service number, paired by position. The frequency is not part of the key.
+    std::set<std::pair<std::int64_t, std::int64_t>> keys;
     for (Json::ArrayIndex j = 0; j < starts.size(); ++j) {
         keys.emplace(ParseNumberPrefix(starts[j].asCString()),
                      ParseNumberPrefix(channels[j].asCString()));
