@@ -8,9 +8,7 @@ import json
 import os
 import re
 import shutil
-import socket
 import subprocess
-import time
 import types
 import urllib.parse
 from pathlib import Path
@@ -18,6 +16,7 @@ from pathlib import Path
 import pytest
 from api_description import observe, unseen
 from schedules import Schedule, epoch
+from web_server import lighttpd
 
 SOURCE = Path(__file__).resolve().parent.parent
 NOW = "2025-07-01 12:00"  # a Tuesday
@@ -84,6 +83,11 @@ class Appliance:
             self.path(name).parent.mkdir(parents=True)
         return self.store(users={"1026": {"dtv": True}}, folders=[FOLDER], **{
             "etc/passwd": ACCOUNTS, "etc/group": "administrators:x:101:admin,nouid,ghost\n"})
+
+    def lay_sample(self):
+        """The sample that a person develops with."""
+        shutil.rmtree(self.root, ignore_errors=True)
+        subprocess.run([SOURCE / "dev/make-sample-appliance", self.root], check=True)
 
     def path(self, name):
         return self.root / FILES.get(name, name)
@@ -240,45 +244,21 @@ def appliance(build, request):
         appliance.settle()
 
 
-class WebServer(contextlib.AbstractContextManager):
-    """A web server on the loopback interface that runs a program; `url` is where it answers."""
-
-    def __init__(self, program, appliance, folder):
-        if appliance.emulator:
-            pytest.skip("a web server cannot start a program of another processor")
-        self.appliance, self.log = appliance, folder / "log"
-        self.lay_sample()
-        shutil.copy(appliance.root / "etc/logins", folder)
-        with socket.socket() as probe:
-            probe.bind(("127.0.0.1", 0))
-            port = probe.getsockname()[1]
-        self.url = f"http://127.0.0.1:{port}"
-        environment = os.environ | {
-            "WEB_PORT": str(port), "WEB_PROGRAM": str(program), "WEB_LOGINS": f"{folder}/logins",
-            "WEB_ACCESS_LOG": "/dev/null", "WEB_PAGE": f"{SOURCE}/web",
-            "PATH": os.environ["PATH"] + ":/usr/sbin"}
-        command = ["lighttpd", "-D", "-f", SOURCE / "dev/lighttpd.conf"]
-        with open(self.log, "w", encoding="utf-8") as output:
-            self._server = subprocess.Popen(["setpriv", "--pdeathsig", "TERM", *command],
-                                            stderr=output, env=environment)
-        while socket.socket().connect_ex(("127.0.0.1", port)) != 0:
-            assert self._server.poll() is None, self.log.read_text()
-            time.sleep(0.02)
-
-    def lay_sample(self):
-        """Replaces the appliance's tree with the sample that a person develops with."""
-        shutil.rmtree(self.appliance.root, ignore_errors=True)
-        subprocess.run([SOURCE / "dev/make-sample-appliance", self.appliance.root], check=True)
-
-    def __exit__(self, *_):
-        self._server.terminate()
-        self._server.wait()
-        assert "Sanitizer" not in self.log.read_text(errors="replace")
+@contextlib.contextmanager
+def sample_server(program, appliance, folder):
+    """A web server that runs a program over the sample appliance. Its `url` is on the loopback
+    interface; the endpoint is at /webapi/schedule_recording; each login is its own password."""
+    if appliance.emulator:
+        pytest.skip("a web server cannot start a program of another processor")
+    appliance.lay_sample()
+    logins, log = folder / "logins", folder / "log"
+    shutil.copy(appliance.path("etc/logins"), logins)
+    with lighttpd(program, logins, log) as (_, port):
+        yield types.SimpleNamespace(url=f"http://127.0.0.1:{port}", appliance=appliance)
+    assert "Sanitizer" not in log.read_text(errors="replace")
 
 
 @pytest.fixture
 def web_server(build, tmp_path):
-    """A web server over the sample appliance. The endpoint is at
-    `web_server.url + "/webapi/schedule_recording"`; each sample login is its own password."""
-    with WebServer(build.program, Appliance(build), tmp_path) as server:
+    with sample_server(build.program, Appliance(build), tmp_path) as server:
         yield server

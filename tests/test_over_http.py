@@ -8,7 +8,7 @@ import sys
 
 import pytest
 from api_description import observe
-from conftest import SOURCE, Appliance, WebServer, program_environment
+from conftest import SOURCE, Appliance, program_environment, sample_server
 
 PAGE, CLIENTS = ((SOURCE / "docs" / name).read_text(encoding="utf-8")
                  for name in ("api.md", "clients.md"))
@@ -68,6 +68,6 @@ def test_clock_reading_names_the_exact_start_beyond_a_change_of_the_clocks(build
     program = tmp_path / "schedule_recording"
     program.write_text(f"#!/bin/sh\nexec {shlex.join(berlin)} '{build.program}'\n")
     program.chmod(0o700)
-    with WebServer(program, Appliance(build), tmp_path) as server:
+    with sample_server(program, Appliance(build), tmp_path) as server:
         printed = output_of(block(PAGE, "python"), server, *new_york, sys.executable)
     assert printed == block(PAGE, "text")

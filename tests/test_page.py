@@ -6,7 +6,7 @@ import re
 import zoneinfo
 
 import pytest
-from conftest import SOURCE, Appliance, WebServer, case
+from conftest import SOURCE, Appliance, case, sample_server
 
 webdriver = pytest.importorskip("selenium.webdriver", reason="there is no python3-selenium")
 from selenium.common.exceptions import StaleElementReferenceException  # noqa: E402
@@ -59,9 +59,10 @@ def server(build, tmp_path_factory):
     program = folder / "schedule_recording"
     program.write_text(f"#!/bin/sh\nTZ={BERLIN.key} exec {build.program}\n", encoding="ascii")
     program.chmod(0o755)
-    with pytest.MonkeyPatch.context() as patch, WebServer(program, Appliance(build), folder) as web:
+    with pytest.MonkeyPatch.context() as patch:
         patch.setenv("TZ", BERLIN.key)  # for the sample
-        yield web
+        with sample_server(program, Appliance(build), folder) as web:
+            yield web
 
 
 @pytest.fixture(scope="module")
@@ -144,7 +145,7 @@ class Page:
 @pytest.fixture
 def page(server, browser, request):
     """The page over a fresh sample. If the test fails, a picture of it stays in build/."""
-    server.lay_sample()
+    server.appliance.lay_sample()
     failed = request.session.testsfailed
     yield Page(server, browser)
     if request.session.testsfailed > failed:
