@@ -22,8 +22,8 @@ def codes(method):
             if "const" in branch}
 
 
-def forms_of(method):
-    """The parameters of a method, each with the name of its form."""
+def types_of(method):
+    """The parameters of a method, each with the name of its type."""
     return {name: schema.get("$ref", "flag").split("/")[-1] for request in REQUESTS[method]
             for name, schema in request["properties"].items() if name != "method"}
 
@@ -57,5 +57,5 @@ def observe(texts, answer):
 def unseen():
     """The codes and parameters of the description that no request so far has shown."""
     described = {(method, what) for method in METHODS
-                 for what in (None, *codes(method), *forms_of(method))}
+                 for what in (None, *codes(method), *types_of(method))}
     return described.union(("any method", code) for code in codes("common")) - seen

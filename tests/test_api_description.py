@@ -1,9 +1,9 @@
-"""The examples of docs/openapi.yaml are as it describes, and docs/api.md explains every form."""
+"""The examples of docs/openapi.yaml are as it describes, and docs/api.md explains every type."""
 import re
 from pathlib import Path
 
 import pytest
-from api_description import DOCUMENT, METHODS, check_answer, check_request, forms_of
+from api_description import DOCUMENT, METHODS, check_answer, check_request, types_of
 
 PAGE = (Path(__file__).parent.parent / "docs/api.md").read_text(encoding="utf-8")
 POST = DOCUMENT["paths"]["/webapi/schedule_recording"]["post"]["requestBody"]["content"]
@@ -19,7 +19,7 @@ def test_examples_of_the_description(method):
             check_request(method, asked["value"])
 
 
-def test_forms_of_the_description_are_explained():
-    [rows] = re.findall(r"^\| Form .*\n.*\n((?:\|.*\n)*)", PAGE, re.MULTILINE)
+def test_types_of_the_description_are_explained():
+    [rows] = re.findall(r"^\| Type .*\n.*\n((?:\|.*\n)*)", PAGE, re.MULTILINE)
     assert set(re.findall(r"^\| (.*?) \|", rows, re.MULTILINE)) == {
-        form.replace("_", " ") for method in METHODS for form in forms_of(method).values()}
+        name.replace("_", " ") for method in METHODS for name in types_of(method).values()}
