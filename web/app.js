@@ -2,7 +2,7 @@
 import { connect } from "./api.js";
 import { makeDialog } from "./dialog.js";
 import { makeListView } from "./list_view.js";
-import { PAGE, Schedules, isRepeat } from "./schedules.js";
+import { Schedules, isRepeat } from "./schedules.js";
 import { TEXT, explain, translate } from "./text.js";
 import { DAY, boxesOfDays, dayOf, wallOf, weekOf } from "./week.js";
 import { makeWeekView } from "./week_view.js";
@@ -19,7 +19,7 @@ const endpoint = new URL(document.documentElement.dataset.endpoint, location.ori
 const schedules = new Schedules(connect(endpoint, { onBusy }));
 const dialog = makeDialog(find("#recording"), schedules, { save, remove, ask });
 const weekView = makeWeekView(find("#week .days"), find("#week-title"), { openChanged, openNew });
-const listView = makeListView(find("#list"), openChanged, (start) => guard(() => showList(start)));
+const listView = makeListView(find("#list"), openChanged, showList);
 
 let waiting = 0; // timer of the wait that may become slow
 let undoing = 0; // timer after which nothing can be undone
@@ -90,23 +90,19 @@ function chooseTuner(tuner, all = false) {
   return read(tuner);
 }
 
-async function showList(start = listStart) {
-  const { turn, plans } = schedules;
-  const filter = find("#filter").value.trim();
-  const found = plans.map(({ schedule }) => schedule).filter((one) => matches(one, filter));
-  const first = start < found.length ? start : 0;
-  const page = filter ? { start: first, schedules: found.slice(first, first + PAGE) }
-    : await schedules.page(start);
-  if (turn !== schedules.turn || filter !== find("#filter").value.trim()) return;
-  listStart = page.start;
-  listView.show(page, found.length, plans, schedules.clock.now());
+function showList(start = listStart) {
+  const { plans, clock } = schedules;
+  const found = plans.filter(({ schedule }) => matches(schedule, find("#filter").value));
+  listStart = start < found.length ? start : 0;
+  listView.show(found, listStart, clock.now(), plans.length ? TEXT.noMatch : TEXT.empty);
 }
 
 /** Shows what a turn has read, unless a later one has begun. */
 async function show(turn) {
   if (turn !== schedules.turn) return;
   const { key } = document.activeElement.dataset;
-  await Promise.all([showWeek(), showList()]);
+  showList();
+  await showWeek();
   refocus(key);
   dialog.refresh();
 }
@@ -221,7 +217,7 @@ for (const button of tunerButtons) {
 }
 find("#tuner").addEventListener("change", ({ target }) =>
   guard(() => target.reportValidity() && chooseTuner(Number(target.value))));
-find("#filter").addEventListener("input", () => guard(() => showList(0)));
+find("#filter").addEventListener("input", () => showList(0));
 // Escape presses Cancel: left to the browser, it could close the dialog behind a question, too.
 addEventListener("keydown", (event) => {
   const opened = [...document.querySelectorAll("dialog[open]")].at(-1);

@@ -1,8 +1,9 @@
 // Shows the list of a tuner's schedules, one page at a time, in the order of the server.
-import { PAGE } from "./schedules.js";
 import { TEXT } from "./text.js";
-import { lengthText, planOf } from "./week.js";
+import { lengthText } from "./week.js";
 import { describe, element, marksOf, nameOf, rhythmOf, statusOf, whenOf } from "./words.js";
+
+const PAGE = 50;
 
 /**
  * The view in a section. `open` receives the plan of a clicked row, and `turn` the start of the
@@ -11,13 +12,16 @@ import { describe, element, marksOf, nameOf, rhythmOf, statusOf, whenOf } from "
 export function makeListView(section, open, turn) {
   const list = section.querySelector("ol");
   const [earlier, later] = section.querySelectorAll(".pages button");
-  let page = { start: 0, schedules: [] };
-  earlier.addEventListener("click", () => turn(page.start - PAGE));
-  later.addEventListener("click", () => turn(page.start + PAGE));
+  let first = 0;
+  let page = []; // the schedules that are shown
+  earlier.addEventListener("click", () => turn(first - PAGE));
+  later.addEventListener("click", () => turn(first + PAGE));
 
-  function makeRow(schedule, plan, now, checked) {
+  function makeRow(plan, now, checked) {
+    const { schedule } = plan;
     const choice = element("input", "");
-    Object.assign(choice, { type: "checkbox", ariaLabel: TEXT.choose(nameOf(schedule)), checked });
+    const ariaLabel = TEXT.choose(nameOf(schedule));
+    Object.assign(choice, { type: "checkbox", ariaLabel, checked });
     const row = describe("row", schedule, marksOf(schedule), whenOf(plan));
     const facts = [lengthText(plan.length), statusOf(plan, now), rhythmOf(plan)].filter(Boolean);
     row.append(" ", element("span", "facts", facts.join(" · ")));
@@ -27,23 +31,25 @@ export function makeListView(section, open, turn) {
     return element("li", "", choice, row);
   }
 
-  function show(newPage, count, plans, now) {
+  /** Shows a page of some plans, or what is to be said without any. */
+  function show(plans, start, now, none) {
     const kept = new Set(chosen().map(({ primeid }) => primeid));
-    const known = new Map(plans.map((plan) => [plan.schedule.primeid, plan]));
-    page = newPage;
-    list.replaceChildren(...page.schedules.map((one) =>
-      makeRow(one, known.get(one.primeid) ?? planOf(one), now, kept.has(one.primeid))));
-    const last = page.start + page.schedules.length;
-    section.querySelector("output").textContent = count
-      ? TEXT.range(page.start + 1, last, count) : plans.length ? TEXT.noMatch : TEXT.empty;
-    earlier.disabled = page.start === 0;
-    later.disabled = last >= count;
+    const shown = plans.slice(start, start + PAGE);
+    first = start;
+    page = shown.map(({ schedule }) => schedule);
+    list.replaceChildren(...shown.map((plan) =>
+      makeRow(plan, now, kept.has(plan.schedule.primeid))));
+    const last = start + shown.length;
+    section.querySelector("output").textContent =
+      shown.length ? TEXT.range(start + 1, last, plans.length) : none;
+    earlier.disabled = start === 0;
+    later.disabled = last >= plans.length;
   }
 
   /** The schedules whose boxes are ticked. */
   function chosen() {
     const choices = list.querySelectorAll("input");
-    return page.schedules.filter((_, index) => choices[index].checked);
+    return page.filter((_, index) => choices[index].checked);
   }
 
   return { show, chosen };

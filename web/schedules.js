@@ -4,7 +4,6 @@ import { ApiError } from "./api.js";
 import { Clock, collisionsWith, planOf, serviceOf, wallOf } from "./week.js";
 
 const AT_ONCE = 4; // requests for rules; each starts a program on the appliance
-export const PAGE = 50;
 
 export const isRepeat = (schedule) => schedule.status >= 12 && schedule.status <= 15;
 
@@ -42,19 +41,19 @@ export class Schedules {
   constructor(api) { this.#api = api; }
 
   /** Reads a list. Its schedules tell their tuner, and the name of the channel if one has it. */
-  async #list(tuner, page = {}) {
-    const answer = await this.#api.call("list", { tuner, ...page });
-    for (const { id, channel_name: name } of answer.schedules) {
+  async #list(tuner) {
+    const { schedules } = await this.#api.call("list", { tuner });
+    for (const { id, channel_name: name } of schedules) {
       this.channels.set(id, name || this.channels.get(id) || "");
     }
-    for (const one of answer.schedules) {
+    for (const one of schedules) {
       Object.assign(one, { tuner, channel_name: this.channels.get(one.id) });
     }
-    return answer;
+    return schedules;
   }
 
   async #read(tuner) {
-    const { schedules } = await this.#list(tuner);
+    const schedules = await this.#list(tuner);
     for (const { start, start_time } of schedules) this.clock.learn(wallOf(start), start_time);
     return schedules.map((one) => planOf(one, isRepeat(one) ? undefined : null));
   }
@@ -108,13 +107,6 @@ export class Schedules {
     return freeTuner(wanted, await Promise.all(this.tuners().map(read)), this.clock);
   }
 
-  /** One page as the server cuts it; the first one if the list has become too short for it. */
-  async page(start) {
-    const isThere = start > 0 && start < this.plans.length;
-    if (isThere) return this.#list(this.tuner, { start, limit: PAGE });
-    return { start: 0, schedules: this.plans.slice(0, PAGE).map(({ schedule }) => schedule) };
-  }
-
   clearPassed() { return this.#api.call("delete_passed", { tuner: this.tuner }); }
   stop() { return this.#api.call("delete", { tuner: this.tuner }); }
 
@@ -131,7 +123,7 @@ export class Schedules {
 
   /** What is stored of a schedule. Throws an ApiError with a code if it is not there. */
   async #find(wanted, code) {
-    const { schedules } = await this.#list(wanted.tuner);
+    const schedules = await this.#list(wanted.tuner);
     const found = schedules.find((one) => isSame(one, wanted));
     if (!found) throw new ApiError("list", code);
     return found;
