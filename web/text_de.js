@@ -29,11 +29,11 @@ export default {
   unmovable: "Lässt sich nicht ziehen. Zum Ändern anklicken.",
 
   listOf: (tuner) => `Liste von Tuner ${tuner}`,
-  filter: "Titel oder Sender",
+  filter: "Titel, Sender",
   filterHint: "Nur Aufnahmen mit diesen Wörtern in Titel oder Sender zeigen",
   noMatch: "Nichts mit diesen Wörtern gefunden",
   deleteChosen: "Auswahl löschen",
-  clear: "Vergangene entfernen",
+  clear: "Alte entfernen",
   clearing: {
     text: "Alle vergangenen Einzelaufnahmen dieses Tuners aus dem Plan entfernen?",
     verb: "Entfernen",

@@ -29,7 +29,7 @@ export default {
   unmovable: "Cannot be dragged. Click to change it.",
 
   listOf: (tuner) => `List of tuner ${tuner}`,
-  filter: "Title or channel",
+  filter: "Title, channel",
   filterHint: "Show only what has these words in its title or channel",
   noMatch: "No schedule has these words",
   deleteChosen: "Delete chosen",
