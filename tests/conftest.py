@@ -14,7 +14,7 @@ import urllib.parse
 from pathlib import Path
 
 import pytest
-from api_description import observe, unseen
+from answers import observe, unseen
 from schedules import Schedule, epoch
 from web_server import lighttpd
 

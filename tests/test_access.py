@@ -5,22 +5,18 @@ import os
 import pytest
 from conftest import Answer, case
 
+GRANTED = {"1026": {"dtv": True}}
 EMPTY = {"schedules": [], "start": 0, "total": 0}
 
 
-@pytest.mark.parametrize("user, code", [
-    ("", 106), ("locked", 107), ("viewer", None), ("guest", 105)])
-def test_access_of_user(appliance, user, code):
-    answer = appliance.request("list", user, sharing_id="x")
+@pytest.mark.parametrize("user, users, code", [
+    ("", GRANTED, 106), ("locked", GRANTED, 107), ("viewer", GRANTED, None), ("guest", GRANTED, 105),
+    *(("viewer", users, 105) for users in (
+        None, [1, 2], {"1": {"dtv": True}}, {"1026": 1}, {"1026": {"dtv": 1}},
+        {"1026": {"dtv": False, "sharing": True, "renderer": True}}))], ids=json.dumps)
+def test_access_of_user(appliance, user, users, code):
+    answer = appliance.store(users=users).request("list", user, sharing_id="x")
     assert answer == Answer(code, EMPTY if code is None else None)
-
-
-@pytest.mark.parametrize("users", [
-    None, [1, 2], {"1": {"dtv": True}}, {"1026": 1}, {"1026": {"dtv": 1}},
-    {"1026": {"dtv": False, "sharing": True, "renderer": True}}], ids=json.dumps)
-def test_access_not_granted(appliance, users):
-    appliance.store(users=users)
-    assert appliance.request("delete", "viewer", tuner=0) == Answer(105)
 
 
 def test_access_without_account_is_that_of_uid_0(appliance):

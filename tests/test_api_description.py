@@ -3,7 +3,8 @@ import re
 from pathlib import Path
 
 import pytest
-from api_description import DOCUMENT, METHODS, check_answer, check_request, types_of
+from answers import check_answer, check_request
+from api_description import DOCUMENT, REQUESTS, type_of, parameters
 
 PAGE = (Path(__file__).parent.parent / "docs/api.md").read_text(encoding="utf-8")
 POST = DOCUMENT["paths"]["/webapi/schedule_recording"]["post"]["requestBody"]["content"]
@@ -11,7 +12,7 @@ ASKED = POST["application/x-www-form-urlencoded"]["examples"]
 ANSWERS = DOCUMENT["components"]["responses"]["answer"]["content"]["application/json"]["examples"]
 
 
-@pytest.mark.parametrize("method", METHODS)
+@pytest.mark.parametrize("method", REQUESTS)
 def test_examples_of_the_description(method):
     check_answer(method, ANSWERS[method]["value"])
     for asked in ASKED.values():
@@ -22,4 +23,4 @@ def test_examples_of_the_description(method):
 def test_types_of_the_description_are_explained():
     [rows] = re.findall(r"^\| Type .*\n.*\n((?:\|.*\n)*)", PAGE, re.MULTILINE)
     assert set(re.findall(r"^\| (.*?) \|", rows, re.MULTILINE)) == {
-        name.replace("_", " ") for method in METHODS for name in types_of(method).values()}
+        type_of(parameter) for method in REQUESTS for parameter in parameters(method).values()}

@@ -1,7 +1,6 @@
 """create: one one-shot schedule or a list, and the folder that recordings need."""
 import pytest
 from conftest import FOLDER, Answer, case
-from faults import failing, not_saved
 
 
 def create(appliance, **changes):
@@ -36,16 +35,6 @@ def test_create_list_goes_on_after_failure(appliance, channels, starts, code, af
     appliance.store(one_shot="null")
     assert create(appliance, id=channels, start_time=starts) == Answer(code)
     appliance.expect_changes(one_shot=after, **{} if code else {"commands": ["reload"]})
-
-
-def test_create_list_without_room_for_the_second_stores_none(appliance):
-    path = appliance.store(one_shot=[]).path("one_shot")
-    full = failing("openat", f"{path}.tmp", at="2", fault="error=ENOSPC")
-    log = [*not_saved(appliance, "one_shot", "No space left on device"),
-           "a device failed or is full: the request is rolled back"]
-    answer = create(appliance, id="7,8", start_time="1000,2000", under=full)
-    assert answer == Answer(100, log=log)
-    appliance.expect_changes()
 
 
 MISSING = FOLDER | {"subpath": "x"}

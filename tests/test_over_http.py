@@ -7,7 +7,7 @@ import subprocess
 import sys
 
 import pytest
-from api_description import observe
+from answers import observe
 from conftest import SOURCE, Appliance, program_environment, sample_server
 
 PAGE, CLIENTS = ((SOURCE / "docs" / name).read_text(encoding="utf-8")
