@@ -5,12 +5,12 @@ import os
 import pytest
 from conftest import Answer, case
 
-GRANTED = {"1026": {"dtv": True}}
+DTV = {"1026": {"dtv": True}}
 EMPTY = {"schedules": [], "start": 0, "total": 0}
 
 
 @pytest.mark.parametrize("user, users, code", [
-    ("", GRANTED, 106), ("locked", GRANTED, 107), ("viewer", GRANTED, None), ("guest", GRANTED, 105),
+    ("", DTV, 106), ("locked", DTV, 107), ("viewer", DTV, None), ("guest", DTV, 105),
     *(("viewer", users, 105) for users in (
         None, [1, 2], {"1": {"dtv": True}}, {"1026": 1}, {"1026": {"dtv": 1}},
         {"1026": {"dtv": False, "sharing": True, "renderer": True}}))], ids=json.dumps)
