@@ -91,20 +91,18 @@ def test_text_is_split_and_joined(other, text, separator, parts):
     assert ask(other, "parts", query=query).data == [parts]
 
 
-@pytest.mark.parametrize("host, uri, tls, paths", [
-    ("", "/tv/webapi/x", {"HTTPS": "on"}, "/tv "), ("tv:81", "/webapi/x", {}, " http://tv:81"),
-    ("tv", "/tv/webapi/webapi", {"HTTPS": "off"}, "/tv https://tv/tv"),
-    ("tv", "/tv?a=/web", {}, "/tv?a=/web http://tv/tv?a=/web"),
-    (BOX, "", {}, f" https://{BOX}"), (BOX + ":80", "", {}, f" http://{BOX}:80")])
-def test_request_url(other, host, uri, tls, paths):
-    assert ask(other, "request", HTTP_HOST=host, REQUEST_URI=uri, **tls).data == [paths]
-
-
-@pytest.mark.parametrize("location, host, port", [
-    ("/x:80", "", ""), ("tv:/x", "tv", ""), ("a:b:c/d", "a", "b:c"), ("[::1", "[::1", ""),
-    ("[::1]x:80", "[::1]", ""), (f"{LONG}:{LONG}", LONG[:4095], LONG[:4095])])
-def test_network_location(other, location, host, port):
-    assert ask(other, "host", "port", HTTP_HOST=location).data == [host, port]
+@pytest.mark.parametrize("questions, environment, answers", [
+    *(("request", {"HTTP_HOST": host, "REQUEST_URI": uri, **tls}, [paths])
+      for host, uri, tls, paths in [
+        ("", "/tv/webapi/x", {"HTTPS": "on"}, "/tv "), ("tv:81", "/webapi/x", {}, " http://tv:81"),
+        ("tv", "/tv/webapi/webapi", {"HTTPS": "off"}, "/tv https://tv/tv"),
+        ("tv", "/tv?a=/web", {}, "/tv?a=/web http://tv/tv?a=/web"),
+        (BOX, "", {}, f" https://{BOX}"), (BOX + ":80", "", {}, f" http://{BOX}:80")]),
+    *(("host,port", {"HTTP_HOST": location}, parts) for location, *parts in [
+        ("/x:80", "", ""), ("tv:/x", "tv", ""), ("a:b:c/d", "a", "b:c"), ("[::1", "[::1", ""),
+        ("[::1]x:80", "[::1]", ""), (f"{LONG}:{LONG}", LONG[:4095], LONG[:4095])])])
+def test_address_of_a_request(other, questions, environment, answers):
+    assert ask(other, questions, **environment).data == answers
 
 
 @pytest.mark.parametrize("environment, settings, tools, address, started", [
