@@ -56,9 +56,15 @@ public:
     }
 
     bool StartArray() { return Open(Json::Value(Json::arrayValue)); }
-    bool EndArray(rapidjson::SizeType /*count*/) { return Close(); }
     bool StartObject() { return Open(HasForm(1) ? m_form : Json::Value(Json::objectValue)); }
-    bool EndObject(rapidjson::SizeType /*count*/) { return Close(); }
+
+    bool EndArray(rapidjson::SizeType /*count*/)
+    {
+        m_open.pop_back();
+        return true;
+    }
+
+    bool EndObject(rapidjson::SizeType count) { return EndArray(count); }
 
     bool Key(char const* text, rapidjson::SizeType length, bool /*isTransient*/)
     {
@@ -97,12 +103,6 @@ private:
         Json::Value& slot = Slot();
         slot.swap(container);
         m_open.push_back(&slot);
-        return true;
-    }
-
-    bool Close()
-    {
-        m_open.pop_back();
         return true;
     }
 
@@ -152,14 +152,12 @@ void ReplaceHugeNumbers(std::string& text)
         } else if (text[at] == '\\') {
             ++at;
         } else if (!isInText && (text[at] == '-' || (text[at] >= '0' && text[at] <= '9'))) {
-            std::size_t const end =
-                std::min(text.find_first_not_of("+-.0123456789Ee", at), text.size());
+            std::size_t end = std::min(text.find_first_not_of("+-.0123456789Ee", at), text.size());
             if (!std::isfinite(std::strtod(&text[at], nullptr))) {
                 text.replace(at, end - at, "null");
-                at += 3;
-            } else {
-                at = end - 1;
+                end = at + 4;
             }
+            at = end - 1;
         }
     }
 }

@@ -38,22 +38,16 @@ Json::Value ListedForm()
     return form;
 }
 
-/// Removes a member and returns its value; null if there is none.
-Json::Value Take(Json::Value& record, Json::StaticString const& name)
-{
-    Json::Value value;
-    record.removeMember(name.c_str(), &value);
-    return value;
-}
-
 /// Turns a stored record into its entry in the list, in place: a second document would need as much
 /// memory as the store again.
 void ToListEntry(Json::Value& record)
 {
-    std::string id = AsText(Take(record, member::kServiceId)); // stored as a number or as text
-    if (auto const frequency = standin::FrequencyOf(Take(record, member::kFrequency))) {
+    std::string id = TextOf(record, member::kServiceId); // stored as a number or as text
+    if (auto const frequency = standin::FrequencyOf(record[member::kFrequency])) {
         id += '@' + std::to_string(*frequency);
     }
+    record.removeMember(member::kServiceId);
+    record.removeMember(member::kFrequency);
     record[member::kId] = id;
 }
 
@@ -68,36 +62,20 @@ struct BelongsTo {
     }
 };
 
-std::string KeyText(int start, std::string const& service)
-{
-    return std::to_string(start) + ' ' + service;
-}
-
-std::string KeyText(ScheduleKey const& key)
-{
-    return KeyText(key.start, std::to_string(key.service));
-}
-
-/// Returns the texts of all schedules in a store, as KeyText() has them.
-std::set<std::string> KeysOf(Json::Value const& records)
-{
-    std::set<std::string> keys;
-    for (Json::Value const& record : records) {
-        keys.insert(KeyText(IntOf(record, member::kStartTime), TextOf(record, member::kServiceId)));
-    }
-    return keys;
-}
-
-/// Returns the keys of a store that the request has saved before, so that a list of schedules does
-/// not search it for each of them. Null for another store: the first search costs less than an
-/// index.
-std::set<std::string>* FindKeys(std::string const& path, Document& records)
+/// Returns the starts and services of the schedules in a store that the request has saved before,
+/// so that a list of schedules does not search it for each of them. Null for another store: the
+/// first search costs less than an index.
+Document::Keys* FindKeys(std::string const& path, Document& records)
 {
     if (standin::Transaction::FindSaved(path) == nullptr) {
         return nullptr;
     }
     if (!records.keys) {
-        records.keys = KeysOf(records.value);
+        records.keys.emplace();
+        for (Json::Value const& record : records.value) {
+            records.keys->emplace(IntOf(record, member::kStartTime),
+                                  TextOf(record, member::kServiceId));
+        }
     }
     return &*records.keys;
 }
@@ -124,8 +102,9 @@ bool AddSchedule(Json::Value& out, int tuner, std::string id, std::string start,
     std::string const path = OneShotFile(tuner);
     auto const add = [=](Document& records, ScheduleKey const& key) {
         auto* const keys = FindKeys(path, records);
-        bool const isNew = keys != nullptr ? keys->insert(KeyText(key)).second
-                                           : std::ranges::none_of(records.value, BelongsTo{key});
+        bool const isNew = keys != nullptr
+                               ? keys->emplace(key.start, std::to_string(key.service)).second
+                               : std::ranges::none_of(records.value, BelongsTo{key});
         if (!isNew) {
             return EEXIST;
         }
@@ -142,7 +121,8 @@ bool DelSchedule(Json::Value& out, int tuner, char const* channelId, char const*
     std::string const path = OneShotFile(tuner);
     auto const remove = [&path](Document& records, ScheduleKey const& key) {
         auto* const keys = FindKeys(path, records);
-        bool const isStored = keys == nullptr || keys->erase(KeyText(key)) > 0;
+        bool const isStored =
+            keys == nullptr || keys->erase({key.start, std::to_string(key.service)}) > 0;
         return isStored && DropRecords(records.value, BelongsTo{key}) ? 0 : ENOENT;
     };
     return ChangeSchedule(out, path, channelId, start, remove);

@@ -10,6 +10,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace standin {
 
@@ -19,7 +20,8 @@ struct Document {
 
     /// What the owner of the document keeps to search it. Reset by whoever changes `value`
     /// otherwise.
-    std::optional<std::set<std::string>> keys;
+    using Keys = std::set<std::pair<int, std::string>>;
+    std::optional<Keys> keys;
 };
 
 /// The changes of one request to the files of the package's folder.

@@ -56,9 +56,8 @@ struct ScheduleNode {
 
 int MakeInt(Json::Value& value)
 {
-    int const number = AsInt(value);
-    value = number;
-    return number;
+    value = AsInt(value);
+    return value.asInt();
 }
 
 Json::Value const& MakeText(Json::Value& value)
