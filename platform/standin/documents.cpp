@@ -8,9 +8,22 @@
 #include "platform/standin/userdefine_index.h"
 
 #include <cerrno>
+#include <string_view>
 #include <utility>
 
 namespace standin {
+
+namespace {
+
+/// Replaces a file at once.
+bool ReplaceFile(std::string const& path, Json::Value const& document)
+{
+    Transaction* const transaction = Transaction::For(path);
+    return (transaction == nullptr || transaction->MayReplaceFile()) &&
+           WriteWholeFile(path, RenderJson(document, Charset::kUtf8) + '\n');
+}
+
+} // namespace
 
 Load LoadDocument(std::string const& path, Json::Value& document, Json::Value const& form)
 {
@@ -30,13 +43,9 @@ Load LoadDocument(std::string const& path, Json::Value& document, Json::Value co
 
 bool SaveDocument(std::string const& path, Document document)
 {
-    if (path == appliance::kUserDefineFile) {
-        ForgetUserDefineIndex();
-    }
-    Transaction* const transaction = Transaction::For(path);
-    return transaction != nullptr
-               ? transaction->Save(path, std::move(document))
-               : WriteWholeFile(path, RenderJson(document.value, Charset::kUtf8) + '\n');
+    Transaction* const transaction = Transaction::Keeping(path);
+    return transaction != nullptr ? transaction->Save(path, std::move(document))
+                                  : ReplaceFile(path, document.value);
 }
 
 } // namespace standin
@@ -48,5 +57,10 @@ bool WebUtils::LoadJsonFile(Json::Value& document, char const* path)
 
 bool WebUtils::SaveJsonFile(Json::Value& document, char const* path)
 {
-    return standin::SaveDocument(path, {document, std::nullopt});
+    if (std::string_view(path) == appliance::kUserDefineFile) {
+        standin::ForgetUserDefineIndex();
+    }
+    standin::Transaction* const transaction = standin::Transaction::Keeping(path);
+    return transaction != nullptr ? transaction->Save(path, {document, std::nullopt})
+                                  : standin::ReplaceFile(path, document); // without a copy of it
 }

@@ -23,9 +23,10 @@ namespace {
 std::unordered_map<FILE*, pid_t> children;
 
 /// Starts a program with its standard output redirected to `output`. Returns false on failure.
-bool Spawn(pid_t* pid, std::string program, std::string argument, int output)
+bool Spawn(pid_t* pid, char const* program, char const* argument, int output)
 {
-    char* const arguments[] = {program.data(), argument.data(), nullptr};
+    // POSIX: posix_spawn() changes no argument.
+    char* const arguments[] = {const_cast<char*>(program), const_cast<char*>(argument), nullptr};
     posix_spawnattr_t attributes; // a child would inherit the signals that are ignored here
     ::posix_spawnattr_init(&attributes);
     sigset_t defaults;
@@ -39,7 +40,7 @@ bool Spawn(pid_t* pid, std::string program, std::string argument, int output)
     bool const isStarted =
         ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0) == 0 &&
         ::posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO) == 0 &&
-        ::posix_spawn(pid, program.c_str(), &actions, &attributes, arguments, environ) == 0;
+        ::posix_spawn(pid, program, &actions, &attributes, arguments, environ) == 0;
     ::posix_spawnattr_destroy(&attributes);
     ::posix_spawn_file_actions_destroy(&actions);
     return isStarted;
@@ -105,7 +106,7 @@ FILE* KDLIBCPopen(char const* path, char const* mode, char const* arg)
     }
     reading.Release();
     pid_t pid = -1;
-    if (!Spawn(&pid, std::string(appliance::kRoot) + path, arg, writing.Get())) {
+    if (!Spawn(&pid, (std::string(appliance::kRoot) + path).c_str(), arg, writing.Get())) {
         std::fclose(stream);
         return nullptr;
     }

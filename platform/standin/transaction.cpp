@@ -266,6 +266,18 @@ Transaction* Transaction::For(std::string const& path)
     return path.starts_with(kFolder) ? current : nullptr;
 }
 
+Transaction* Transaction::Keeping(std::string const& path)
+{
+    Transaction* const transaction = For(path);
+    return transaction != nullptr && !transaction->m_savesOnce ? transaction : nullptr;
+}
+
+bool Transaction::MayReplaceFile()
+{
+    errno = EIO;
+    return !std::exchange(m_hasSavedOnce, true) && !m_hasDeviceFailed;
+}
+
 void Transaction::NoteFailure()
 {
     for (int const error : {EIO, ENOSPC, EDQUOT, EFBIG, EROFS, ENOMEM, EMFILE, ENFILE}) {
@@ -286,9 +298,6 @@ Document* Transaction::FindSaved(std::string const& path)
 
 bool Transaction::Save(std::string const& path, Document document)
 {
-    if (m_savesOnce) {
-        return SaveAtOnce(path, document);
-    }
     bool const isFirst = !m_saved.contains(path);
     if (isFirst && (!KeepOldVersion(path) || !WriteTemporary(path, Render(document)))) {
         NoteFailure();
@@ -298,19 +307,10 @@ bool Transaction::Save(std::string const& path, Document document)
     return true;
 }
 
-bool Transaction::SaveAtOnce(std::string const& path, Document const& document)
-{
-    if (std::exchange(m_hasSavedOnce, true) || m_hasDeviceFailed) {
-        errno = EIO;
-        return false;
-    }
-    return WriteWholeFile(path, Render(document));
-}
-
 void Transaction::KeepLoaded(std::string const& path, std::string_view text)
 {
     bool const isStore = path.ends_with(".json"); // and no setting, which others may change
-    if (isStore && For(path) != nullptr && !current->m_savesOnce) {
+    if (isStore && Keeping(path) != nullptr) {
         current->Keep(path, std::to_string(text.size()), text);
     }
 }

@@ -62,6 +62,12 @@ public:
     /// one of the package.
     static Transaction* For(std::string const& path);
 
+    /// Returns the same, but null if it keeps no documents because the request saves once.
+    static Transaction* Keeping(std::string const& path);
+
+    /// Returns whether a request that saves once may replace its file now. On false sets errno.
+    bool MayReplaceFile();
+
     /// Returns the document that the request in progress has saved at `path` and keeps in memory;
     /// null if there is none. It belongs to the transaction.
     static Document* FindSaved(std::string const& path);
@@ -70,8 +76,9 @@ public:
     /// old versions of all stores that the request may save, it is written only once.
     static void KeepLoaded(std::string const& path, std::string_view text);
 
-    /// Saves a document. The first save of a file shows whether its folder can be written and has
-    /// room. On failure returns false and sets errno; the file and what was saved before stand.
+    /// Saves a document and keeps it. The first save of a file shows whether its folder can be
+    /// written and has room. On failure returns false and sets errno; the file and what was saved
+    /// before stand.
     bool Save(std::string const& path, Document document);
 
     /// Writes out what was saved since the last time, if a transaction is in progress. On false,
@@ -90,7 +97,6 @@ private:
         bool isInPlace; ///< the file holds it
     };
 
-    bool SaveAtOnce(std::string const& path, Document const& document);
     bool KeepOldVersion(std::string const& path);
     void Keep(std::string const& path, std::string_view size, std::string_view text);
     bool WriteOutAll();

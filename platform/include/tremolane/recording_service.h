@@ -1,8 +1,8 @@
 /// @file The package's recording service, which owns the stored one-shot and repeat schedules.
 ///
-/// Every store operation takes an `out` and returns true on success. On failure it returns false and
-/// may set an integer member "errno" in `out`, which is empty, or left by the call before it for
-/// the same request: a list of schedules has one `out`. Text parameters: `start` is in epoch
+/// Every store operation takes an `out` and returns true on success. On failure it returns false
+/// and may set an integer member "errno" in `out`, which is empty, or left by the call before it
+/// for the same request: a list of schedules has one `out`. Text parameters: `start` is in epoch
 /// seconds, `uid` is the uid of the login user, both in decimal. A channel id is
 /// "SERVICE@FREQUENCY", or "SERVICE" in the plain form.
 #pragma once
