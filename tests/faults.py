@@ -10,17 +10,17 @@ def failing(calls, *paths, at="1+", fault="error=EIO"):
             "-e", f"inject={calls}:{fault}:when={at}"]
 
 
-def not_saved(appliance, name, reason="Operation not permitted"):
-    """The log of a store under unsaved()."""
+def save_log(appliance, name, reason="Operation not permitted"):
+    """The log of a store under save_fails()."""
     return [f"cannot save {appliance.path(name)}: {reason}"]
 
 
-def not_told(appliance):
+def daemon_log(appliance):
     """The log of a daemon under daemon_fails()."""
     return [f"cannot tell the tuner daemon by {appliance.path('commands')}: Input/output error"]
 
 
-def unsaved(appliance, name):
+def save_fails(appliance, name):
     """Fails every save of a file: its temporary file cannot be created."""
     return failing("openat", f"{appliance.path(name)}.tmp", fault="error=EPERM")
 

@@ -1,7 +1,7 @@
 """create_userdefine: first the record, then the schedule that it describes."""
 import pytest
 from conftest import Answer, case
-from faults import daemon_fails, not_told, unsaved
+from faults import daemon_fails, daemon_log, save_fails
 from schedules import OTHER, SHOW, WEEKLY, epoch
 
 
@@ -58,12 +58,12 @@ def test_create_userdefine_takes_record_back(appliance, schedule, changes, files
 
 def test_create_userdefine_without_daemon_takes_record_back_but_no_one_shot(appliance):
     assert create(appliance, SHOW, under=daemon_fails(appliance, after=0)) == Answer(
-        100, log=not_told(appliance))
+        100, log=daemon_log(appliance))
     appliance.expect_changes(one_shot=[SHOW], user_defined="null\n")
 
 
 def test_create_userdefine_not_saved_and_no_broken_file_written_over(appliance):
     appliance.store(user_defined=[SHOW])
-    assert create(appliance, SHOW, under=unsaved(appliance, "user_defined")) == Answer(101)
+    assert create(appliance, SHOW, under=save_fails(appliance, "user_defined")) == Answer(101)
     for stored in "{", "{}", "7":
         assert create(appliance.store(user_defined=stored), SHOW) == Answer(101)

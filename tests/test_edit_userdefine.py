@@ -2,7 +2,7 @@
 import pytest
 from conftest import Answer, case, dangling_link
 from every_method import MADE, NEW, NEW_RULE, PASSED, RULE, STORED, edit_of
-from faults import daemon_fails, not_saved, not_told, unsaved
+from faults import daemon_fails, daemon_log, save_fails, save_log
 from schedules import OTHER, SHOW, WEEKLY, Schedule
 
 LATER = Schedule("2033-05-17", "20:30", "01:00", "Later", "7@474", "0,0,1,0,0,0,1", "2033-08-01")
@@ -104,15 +104,15 @@ def test_edit_userdefine_neither_can_be_stored(stored):
 @pytest.mark.parametrize("taken", [0, 1, 2, 3])
 def test_edit_userdefine_daemon_ends_one_shots_stay_without_record(stored, taken):
     answer = edit(stored, SHOW, NEW, under=daemon_fails(stored, taken))
-    assert (answer.code, set(answer.log)) == (100, set(not_told(stored)))
+    assert (answer.code, set(answer.log)) == (100, set(daemon_log(stored)))
     if taken > 0:
         stored.expect_changes(one_shot=[PASSED, MADE, NEW, SHOW], user_defined=[WEEKLY],
                               commands=commands_of(SHOW, NEW)[:taken])
 
 
 def test_edit_userdefine_goes_on_after_delete_that_fails(stored):
-    answer = edit(stored, SHOW, NEW_RULE, under=unsaved(stored, "one_shot"))
-    assert answer == Answer(403, log=not_saved(stored, "one_shot"))
+    answer = edit(stored, SHOW, NEW_RULE, under=save_fails(stored, "one_shot"))
+    assert answer == Answer(403, log=save_log(stored, "one_shot"))
     stored.expect_changes(repeat=[RULE, NEW_RULE], user_defined=[WEEKLY, NEW_RULE],
                           commands=["reload"])
     stored.store(**STORED | {"one_shot": [PASSED]})
@@ -123,8 +123,8 @@ def test_edit_userdefine_goes_on_after_delete_that_fails(stored):
 
 def test_edit_userdefine_of_rule_not_saved(stored):
     log = f"schedule_recording:1325 Fail to save schedule json. Path is {stored.path('one_shot')}"
-    under = unsaved(stored, "one_shot")
+    under = save_fails(stored, "one_shot")
     assert edit(stored, WEEKLY, NEW_RULE, under=under) == Answer(100, log=[log])
-    assert edit(stored, WEEKLY, NEW, under=unsaved(stored, "repeat")).code == 100
+    assert edit(stored, WEEKLY, NEW, under=save_fails(stored, "repeat")).code == 100
     stored.expect_changes(one_shot=[PASSED, SHOW, NEW], user_defined=[SHOW, WEEKLY, NEW],
                           commands=["reload", "reload"])

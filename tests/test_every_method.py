@@ -2,7 +2,7 @@
 import pytest
 from conftest import FOLDER, Answer, dangling_link
 from every_method import STORED, query_of
-from faults import daemon_fails, not_told, unsaved
+from faults import daemon_fails, daemon_log, save_fails
 from schedules import SHOW, WEEKLY
 
 REPEAT = {"start_time": [None, "x", -1, 0, 2**31], "end_date": [None],
@@ -74,7 +74,7 @@ def test_file_not_loaded_or_not_saved(appliance, name, file, code, loading, savi
         answer = appliance.store(**{file: stored}).request(**query_of(name))
         assert answer == Answer(code, log=[loading.format(path, reason)])
     if saving:
-        under = unsaved(appliance.store(**STORED), file)
+        under = save_fails(appliance.store(**STORED), file)
         answer = appliance.request(under=under, **query_of(name))
         assert answer == Answer(code, log=[saving.format(path)])
 
@@ -90,6 +90,6 @@ def test_all_is_stored_although_a_command_to_the_daemon_fails(appliance, name):
     for taken in range(len(commands)):
         under = daemon_fails(appliance.store(**STORED, commands=""), taken)
         answer = appliance.request(under=under, **query_of(name))
-        assert (answer.code, set(answer.log)) == (100, set(not_told(appliance)))
+        assert (answer.code, set(answer.log)) == (100, set(daemon_log(appliance)))
         appliance.forget()
         assert appliance.snapshot() == files | {"commands": b"".join(commands[:taken])}

@@ -60,20 +60,17 @@ def test_overlap(appliance, files, after, length, code):
     assert code_of_edit(appliance, files, begin(after).but(length=length)) == code
 
 
-@pytest.mark.parametrize("days, end_date, code", [
-    (365, "1", 405), (366, "1", None), (5, "2025-03-25", 405), (5, "2025-03-24", None)])
-def test_overlap_of_a_rule_counts_to_its_end_or_for_a_year(appliance, days, end_date, code):
-    new = begin(-days * DAY).but(days=ALL, end_date=end_date)
-    assert code_of_edit(appliance, shot(), new, now=f"{new.date} 12:00") == code
-
-
-@pytest.mark.parametrize("days, today, code", [
-    case("the first day is today", "0,0,0,0,0,1,0", "2025-03-21", 405),
-    case("the first day is not the start's", "0,0,1,0,0,0,0", "2025-03-21", None),
-    case("the end of a long list is dropped", "0,0,000000000001", SHOT.date, None)])
-def test_overlap_of_a_rule_on_its_days(appliance, days, today, code):
-    new = begin(0).but(days=days)
-    assert code_of_edit(appliance, shot(), new, now=f"{today} 12:00") == code
+@pytest.mark.parametrize("first, days, end_date, today, code", [
+    case("a year", -365, ALL, "1", 0, 405), case("longer", -366, ALL, "1", 0, None),
+    case("to its end", -5, ALL, "2025-03-25", 0, 405),
+    case("behind its end", -5, ALL, "2025-03-24", 0, None),
+    case("the first day is today", 0, "0,0,0,0,0,1,0", "1", -4, 405),
+    case("the first day is not the start's", 0, "0,0,1,0,0,0,0", "1", -4, None),
+    case("the end of a long list is dropped", 0, "0,0,000000000001", "1", 0, None)])
+def test_overlap_of_a_new_rule(appliance, first, days, end_date, today, code):
+    new = begin(first * DAY).but(days=days, end_date=end_date)
+    now = begin((first + today) * DAY).date + " 12:00"
+    assert code_of_edit(appliance, shot(), new, now) == code
 
 
 def test_overlap_ends_with_the_last_second_of_32_bits(appliance):

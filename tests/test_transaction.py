@@ -5,7 +5,7 @@ import time
 
 import pytest
 from conftest import ETC, FOLDER, Answer, case, needs_root
-from faults import failing, not_saved
+from faults import failing, save_log
 from schedules import SHOW
 from test_create import create, made
 
@@ -80,7 +80,7 @@ def test_change_without_room_is_rolled_back(appliance):
     under = failing("rename", path, f"{path}.tmp", at="1", fault="error=ENOSPC")
     answer = appliance.request("delete_userdefine", tuner=0, id=SHOW.start, under=under)
     assert answer == Answer(100, log=[
-        *not_saved(appliance, "user_defined", "No space left on device"),
+        *save_log(appliance, "user_defined", "No space left on device"),
         "a device failed or is full: the request is rolled back",
         "rolled back an unfinished request"])
     appliance.expect_changes(commands=[f"stop 0 {SHOW.start} 474 7", "reload", "reload"])
@@ -102,14 +102,14 @@ def test_change_that_runs_out_of_memory_is_rolled_back_at_once(appliance):
 @pytest.mark.parametrize("name", ["user_defined", "etc/group"])
 def test_change_of_one_file_is_refused_after_a_device_has_failed(appliance, name):
     answer = create(appliance, user="viewer", under=failing("openat", appliance.path(name)))
-    assert answer == Answer(403, log=not_saved(appliance, "one_shot", "Input/output error"))
+    assert answer == Answer(403, log=save_log(appliance, "one_shot", "Input/output error"))
 
 
 def test_file_whose_folder_cannot_be_synced_is_as_before(appliance):
     for stored in [SHOW], None:
         path = appliance.store(one_shot=stored).path("one_shot")
         answer = create(appliance, under=failing("fsync", path.parent))
-        assert answer == Answer(403, log=not_saved(appliance, "one_shot", "Input/output error"))
+        assert answer == Answer(403, log=save_log(appliance, "one_shot", "Input/output error"))
 
 
 def test_recording_folder_whose_device_failed_is_no_reason_while_there_is_another(appliance):
