@@ -129,13 +129,6 @@ void WebAPI::SetError(int code)
     m_errors.append(code);
 }
 
-void WebAPI::RunRequest()
-{
-    if (CheckAuthorized() != 0) {
-        RunProcess();
-    }
-}
-
 void WebAPI::RunProcess()
 {
     Effect const effect = EffectOf(m_request.m_methodName);
@@ -172,8 +165,8 @@ bool WebAPI::RunGuarded()
         } else if (char const* const allowed =
                        AllowedInsteadOf(httpMethod, m_request.m_methodName)) {
             return standin::SendMethodNotAllowed(STDOUT_FILENO, allowed);
-        } else {
-            RunRequest();
+        } else if (CheckAuthorized() != 0) {
+            RunProcess();
         }
     } catch (std::exception const& error) {
         ::syslog(LOG_ERR, "request failed: %s", error.what());

@@ -7,7 +7,6 @@
 
 #include <uriparser/Uri.h>
 
-#include <map>
 #include <string_view>
 
 namespace KALD {
@@ -19,52 +18,33 @@ using appliance::Environment;
 constexpr char kAdministrators[] = "administrators";
 constexpr int kMaxParameters = 1000; ///< of a query or a form; no client has a use for more
 
+/// Adds the parameters of a form-encoded text. A key that is already there keeps its value. Returns
+/// false if they could not be read or are too many: to run with some of them is worse than not at
+/// all.
+bool AddParameters(std::map<std::string, std::string>& parameters, std::string_view text)
+{
+    UriQueryListA* list = nullptr;
+    int count = 0;
+    if (uriDissectQueryMallocExA(&list, &count, text.data(), text.data() + text.size(), URI_TRUE,
+                                 URI_BR_DONT_TOUCH) != URI_SUCCESS) {
+        return false;
+    }
+    for (UriQueryListA const* item = list; item != nullptr; item = item->next) {
+        parameters.try_emplace(item->key, item->value != nullptr ? item->value : "");
+    }
+    uriFreeQueryListA(list);
+    return count <= kMaxParameters;
+}
+
 } // namespace
-
-/// What is read once: the parameters and the login name.
-class WebCGI::Request {
-public:
-    /// Adds the parameters of a form-encoded text. A key that is already there keeps its value.
-    /// Returns false if they could not be read or are too many: to run with some of them is worse
-    /// than not at all.
-    bool AddParameters(std::string_view text)
-    {
-        UriQueryListA* list = nullptr;
-        int count = 0;
-        if (uriDissectQueryMallocExA(&list, &count, text.data(), text.data() + text.size(),
-                                     URI_TRUE, URI_BR_DONT_TOUCH) != URI_SUCCESS) {
-            return false;
-        }
-        for (UriQueryListA const* item = list; item != nullptr; item = item->next) {
-            m_parameters.try_emplace(item->key, item->value != nullptr ? item->value : "");
-        }
-        uriFreeQueryListA(list);
-        return count <= kMaxParameters;
-    }
-
-    char const* Find(char const* name, char const* fallback) const
-    {
-        auto const found = m_parameters.find(name);
-        return found != m_parameters.end() ? found->second.c_str() : fallback;
-    }
-
-    std::string m_login;
-
-private:
-    std::map<std::string, std::string> m_parameters; ///< whose names clients choose: no hashing
-};
-
-WebCGI::WebCGI() : m_request(std::make_unique<Request>()) {}
-
-WebCGI::~WebCGI() = default;
 
 bool WebCGI::Read()
 {
-    m_request->m_login = Environment("REMOTE_USER");
-    bool isRead = m_request->AddParameters(Environment("QUERY_STRING"));
+    m_login = Environment("REMOTE_USER");
+    bool isRead = AddParameters(m_parameters, Environment("QUERY_STRING"));
     if (Environment("REQUEST_METHOD") == "POST") {
         auto const form = standin::ReadForm();
-        isRead = isRead && form && m_request->AddParameters(*form);
+        isRead = isRead && form && AddParameters(m_parameters, *form);
     }
     m_methodName = isRead ? In("method", "") : "";
     return isRead;
@@ -72,17 +52,18 @@ bool WebCGI::Read()
 
 char const* WebCGI::In(char const* name, char const* fallback)
 {
-    return m_request->Find(name, fallback);
+    auto const found = m_parameters.find(name);
+    return found != m_parameters.end() ? found->second.c_str() : fallback;
 }
 
 std::string WebCGI::GetLoginUserName() const
 {
-    return m_request->m_login;
+    return m_login;
 }
 
 int WebCGI::IsAdmin() const
 {
-    return standin::IsMember(m_request->m_login, kAdministrators) ? 1 : 0;
+    return standin::IsMember(m_login, kAdministrators) ? 1 : 0;
 }
 
 } // namespace KALD

@@ -3,7 +3,7 @@
 
 #include <json/value.h>
 
-#include <memory>
+#include <map>
 #include <string>
 
 namespace KALD {
@@ -11,8 +11,7 @@ namespace KALD {
 /// A request as the framework has read it: its parameters, method name and login.
 class WebCGI {
 public:
-    WebCGI();
-    ~WebCGI();
+    WebCGI() = default;
     WebCGI(WebCGI const&) = delete;
     WebCGI& operator=(WebCGI const&) = delete;
 
@@ -32,12 +31,12 @@ public:
 
 private:
     friend class WebAPI;
-    class Request;
 
     /// Reads the request from the CGI environment. Returns false if it is malformed.
     bool Read();
 
-    std::unique_ptr<Request> m_request;
+    std::map<std::string, std::string> m_parameters; ///< whose names clients choose: no hashing
+    std::string m_login;
 };
 
 /// Base of every Web API class. Runs one request and answers with what was recorded for it.
@@ -78,14 +77,11 @@ protected:
     Json::Value m_response; ///< the recorded response data; null if none
 
 private:
-    /// Reads, authorises and processes the request.
-    void RunRequest();
-
     /// Calls Process(). A method that changes stored files runs in an exclusive transaction.
     void RunProcess();
 
-    /// Runs the request and answers it. An exception that escapes from the request is recorded as
-    /// an error. Returns whether the answer was sent.
+    /// Reads, authorises, processes and answers the request. An exception that escapes from it is
+    /// recorded as an error. Returns whether the answer was sent.
     bool RunGuarded();
 };
 
