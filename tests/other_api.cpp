@@ -39,8 +39,10 @@ struct OtherApi : Tremolane::VideoWebAPI {
     {
         static std::map<std::string, std::string (*)(OtherApi&)> const kAnswers = {
             {"sharing", [](OtherApi& api) { return Text(api.CheckSharing()); }},
-            {"may share", [](OtherApi& api) { return Text(api.IsAllowSharing()); }},
-            {"may render", [](OtherApi& api) { return Text(api.IsAllowRenderer()); }},
+            {"rights",
+             [](OtherApi& api) {
+                 return Text(api.IsAllowSharing()) + ' ' + Text(api.IsAllowRenderer());
+             }},
             {"grant",
              [](OtherApi&) {
                  PrivilegeFile file;
@@ -48,16 +50,19 @@ struct OtherApi : Tremolane::VideoWebAPI {
                  file.SetPrivilege(1026, "dtv", false);
                  return Text(file.GetPrivilege(7, "dtv"));
              }},
-            {"save", [](OtherApi& api) { return Text(api.Save()); }},
+            {"save",
+             [](OtherApi&) {
+                 Json::Value document(7);
+                 return Text(WebUtils::SaveJsonFile(document, appliance::kUserDefineFile));
+             }},
             {"not found", [](OtherApi& api) { return api.SendNotFoundPage(), Text(true); }},
             {"number", [](OtherApi& api) { return api.GetIntParamText("n"); }},
             {"merge",
              [](OtherApi&) { // of schedules with a member that it does not know
                  Json::Value view;
                  Json::Value repeat;
-                 view["schedules"][0]["start_time"] = 9;
                  view["schedules"][0]["foreign"] = true;
-                 repeat[0]["start_time"] = 1;
+                 repeat[0]["start_time"] = -1;
                  ScheduleRecordingAPI::MergeSchedules(view, repeat);
                  Json::Value const& first = view["schedules"][0];
                  return first["start_time"].asString() + ' ' + first["foreign"].asString();
@@ -88,17 +93,7 @@ struct OtherApi : Tremolane::VideoWebAPI {
         SetResponse(answers);
     }
 
-    /// Appends to a document that it saves each time.
-    bool Save()
-    {
-        m_document.append(m_document.size());
-        return WebUtils::SaveJsonFile(m_document, appliance::kUserDefineFile);
-    }
-
     static std::string Text(bool holds) { return holds ? "yes" : "no"; }
-
-private:
-    Json::Value m_document;
 };
 
 } // namespace

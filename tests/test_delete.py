@@ -1,7 +1,6 @@
 """delete, which also stops a recording, and delete_passed."""
 import pytest
 from conftest import NOW, Answer
-from faults import daemon_fails, daemon_log
 from schedules import epoch
 
 SEVEN = {"start_time": 1000, "service_id": "7", "duration": 4000}
@@ -25,8 +24,6 @@ def test_delete_without_id_stops_tuner(appliance, channel):
     appliance.store(one_shot=[SEVEN, EIGHT])
     assert delete(appliance, id=None, channel_id=channel, tuner=3) == Answer()
     appliance.expect_changes(commands=["stop 3 -1 -1 -1", "reload"])
-    assert delete(appliance, id=None, under=daemon_fails(appliance, after=0)) == Answer(
-        100, log=daemon_log(appliance))
 
 
 NOON = epoch(NOW)

@@ -8,7 +8,6 @@ from schedules import OTHER, SHOW, WEEKLY, Schedule
 LATER = Schedule("2033-05-17", "20:30", "01:00", "Later", "7@474", "0,0,1,0,0,0,1", "2033-08-01")
 DURING = WEEKLY.but(days=None, end_date="1", title="During")
 ENDED = SHOW.but(time="20:30", days="1,1,1,1,1,1,1", end_date="2033-05-10")
-RENAMED = SHOW.but(title="Renamed")
 STOP = f"stop 0 {SHOW.start} 474 7"
 
 
@@ -38,38 +37,28 @@ def commands_of(old, new):
     case("made one is recording", WEEKLY, DURING, {"one_shot": [MADE | {"status": 2}]}, 405),
     case("another channel", WEEKLY, DURING, {"one_shot": [MADE | {"frequency": 501}]}, 405),
     case("broken store", SHOW, NEW_RULE, {"one_shot": "["}, 100),
-    case("broken store of rules", SHOW, NEW, {"repeat": "{}"}, 100),
     case("store on a volume that is away", SHOW, NEW, {"repeat": dangling_link}, 100)])
 def test_edit_userdefine_refused(stored, old, new, files, code):
     assert edit(stored.store(**files), old, new) == Answer(code)
 
 
-@pytest.mark.parametrize("old, new, files", [
-    case("one-shot", SHOW, NEW, {"one_shot": [PASSED, MADE, NEW]}),
-    case("one-shot to a rule", SHOW, NEW_RULE, {
+@pytest.mark.parametrize("old, new, before, after", [
+    case("one-shot", SHOW, NEW, {}, {"one_shot": [PASSED, MADE, NEW]}),
+    case("one-shot to a rule", SHOW, NEW_RULE, {}, {
         "one_shot": [PASSED, MADE], "repeat": [RULE, NEW_RULE]}),
-    case("title only", SHOW, RENAMED, {"one_shot": [PASSED, MADE, RENAMED]}),
-    case("rule to one-shot", WEEKLY, NEW, {"one_shot": [PASSED, SHOW, NEW], "repeat": []}),
-    case("to its own time", WEEKLY, DURING, {"one_shot": [PASSED, SHOW, DURING], "repeat": []}),
-    *(case(name, WEEKLY, new, {"one_shot": [PASSED, SHOW], "repeat": [new]}) for name, new in [
+    case("rule to one-shot", WEEKLY, NEW, {}, {"one_shot": [PASSED, SHOW, NEW], "repeat": []}),
+    *(case(name, WEEKLY, new, {}, {"one_shot": [PASSED, SHOW], "repeat": [new]})
+      for name, new in [
         ("rule", NEW_RULE), ("rule at its own time", WEEKLY.but(time="18:10")),
         ("rule that has ended", ENDED),
-        ("end of time", NEW_RULE.but(date="2038-01-15", end_date="2999-01-01"))])])
-def test_edit_userdefine(stored, old, new, files):
+        ("end of time", NEW_RULE.but(date="2038-01-15", end_date="2999-01-01"))]),
+    case("no one-shot left", WEEKLY, NEW_RULE, {"one_shot": [MADE]}, {
+        "one_shot": "null\n", "repeat": [NEW_RULE]}),
+    case("no rule in its store", WEEKLY, NEW_RULE, {"repeat": []}, {"repeat": [NEW_RULE]})])
+def test_edit_userdefine(stored, old, new, before, after):
     other = WEEKLY if old == SHOW else SHOW
-    assert edit(stored, old, new) == Answer()
-    stored.expect_changes(**files, user_defined=[other, new], commands=commands_of(old, new))
-
-
-@pytest.mark.parametrize("before, after", [
-    case("no one-shot left", {"one_shot": [MADE]}, {"one_shot": "null\n"}),
-    case("no rule in the store", {"repeat": []}, {}),
-    case("channel without frequency", {
-        "user_defined": [SHOW, WEEKLY.record(channel_id="9")]}, {})])
-def test_edit_userdefine_of_rule_deletes_only_what_it_made(stored, before, after):
-    assert edit(stored.store(**before), WEEKLY, NEW_RULE) == Answer()
-    stored.expect_changes(**after, repeat=[NEW_RULE], user_defined=[SHOW, NEW_RULE],
-                          commands=["reload"])
+    assert edit(stored.store(**before), old, new) == Answer()
+    stored.expect_changes(**after, user_defined=[other, new], commands=commands_of(old, new))
 
 
 @pytest.mark.parametrize("old, time, files", [

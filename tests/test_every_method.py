@@ -58,6 +58,7 @@ def test_parameters_come_before_user_and_folder(appliance, name, is_rule, bad):
     assert appliance.request(**query) == Answer(406)
 
 
+TOO_DEEP = "[" * 1001 + "]" * 1001
 LOAD, SAVE = "cannot load {}: {}", "cannot save {}: Operation not permitted"
 
 
@@ -69,8 +70,9 @@ LOAD, SAVE = "cannot load {}: {}", "cannot save {}: Operation not permitted"
     ("getinfo_repeat", "repeat", 100, "schedule_recording:926 Fail to load file {}", None)])
 def test_file_not_loaded_or_not_saved(appliance, name, file, code, loading, saving):
     path = appliance.path(file)
-    for stored, reason in (("[", "it is not JSON"), ("{}", "it holds no array"),
-                           (dangling_link, "No such device or address")):
+    for stored, reason in (
+            *((text, "it is not JSON") for text in ("", "[", "[]\0x", "[]x", "[{},]", TOO_DEEP)),
+            ("{}", "it holds no array"), (dangling_link, "No such device or address")):
         answer = appliance.store(**{file: stored}).request(**query_of(name))
         assert answer == Answer(code, log=[loading.format(path, reason)])
     if saving:

@@ -22,9 +22,3 @@ def test_save_keeps_every_value_that_a_text_or_a_double_can_hold(appliance, text
     saved_bytes = saved.encode(errors="surrogateescape") + b"\n"
     assert appliance.path("repeat").read_bytes() == saved_bytes
     appliance.forget()
-
-
-@pytest.mark.parametrize("text", ["", "[" + DEEP + "]", "[]\0x", "[]x", "[{},]"])
-def test_more_or_less_than_one_json_text_is_not_loaded(appliance, text):
-    appliance.store(repeat=text)
-    assert appliance.request(**query_of("delete_repeat")).code == 100

@@ -41,20 +41,16 @@ def code_of_edit(appliance, files, new, now="2025-03-25 12:00"):
     case("ends touch", shot(), HOUR, "00:01", None), case("touch", shot(), -1, "00:01", None),
     case("last minute", shot(), HOUR - 1, "00:01", 405), case("first", shot(), -1, "00:02", 405),
     case("no length is half an hour", shot(duration=0), 29, "00:01", 405),
-    case("a second", shot(duration=1), 1, "00:01", None),
     case("beyond 32 bits", shot(duration=2**31 - 1), 4000 * DAY, "99:59", 405),
     case("shot at 0", shot(start_time=0), 1 - SHOT.start // 60, "00:20", None),
     case("rule at 0", rule(start_time=0, weekdaystatus=ALL), 0, "00:01", None),
     case("first day", rule(), 0, "00:01", 405), case("next", rule(), WEEK, "00:01", 405),
     case("an hour late", rule(), WEEK + HOUR, "00:01", None),
-    case("a week before", rule(), -7 * DAY, "00:01", None),
-    case("another weekday", rule(), DAY, "00:01", None),
     case("days long", rule(), 4 * DAY, "80:00", 405),
     case("end date", rule(end_date="2025-04-01"), WEEK, "00:01", 405),
     case("day after it", rule(end_date="2025-03-31"), WEEK, "00:01", None),
     case("on the day of the change", rule(weekdaystatus=ALL), 5 * DAY - HOUR, "00:01", 405),
     case("half a minute late", rule(start_time=SHOT.start + 30), -1, "00:01", None),
-    case("no such date", rule(end_date="2025-02-30"), WEEK, "00:01", 405),
     case("for a week", rule(isweekly=False, weekdaystatus=ALL), WEEK, "00:01", None)])
 def test_overlap(appliance, files, after, length, code):
     assert code_of_edit(appliance, files, begin(after).but(length=length)) == code

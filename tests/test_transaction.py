@@ -99,17 +99,13 @@ def test_change_that_runs_out_of_memory_is_rolled_back_at_once(appliance):
     assert rolled_back > 0 and answer == Answer()
 
 
-@pytest.mark.parametrize("name", ["user_defined", "etc/group"])
-def test_change_of_one_file_is_refused_after_a_device_has_failed(appliance, name):
-    answer = create(appliance, user="viewer", under=failing("openat", appliance.path(name)))
-    assert answer == Answer(403, log=save_log(appliance, "one_shot", "Input/output error"))
-
-
-def test_file_whose_folder_cannot_be_synced_is_as_before(appliance):
-    for stored in [SHOW], None:
-        path = appliance.store(one_shot=stored).path("one_shot")
-        answer = create(appliance, under=failing("fsync", path.parent))
-        assert answer == Answer(403, log=save_log(appliance, "one_shot", "Input/output error"))
+@pytest.mark.parametrize("call, path", [
+    ("openat", "user_defined"), ("openat", "etc/group"), ("fsync", f"{ETC}/dtvschedules")])
+@pytest.mark.parametrize("stored", [None, [SHOW]])
+def test_change_of_one_file_is_refused_if_a_device_fails(appliance, call, path, stored):
+    under = failing(call, appliance.store(one_shot=stored).path(path))
+    log = save_log(appliance, "one_shot", "Input/output error")
+    assert create(appliance, user="viewer", under=under) == Answer(403, log=log)
 
 
 def test_recording_folder_whose_device_failed_is_no_reason_while_there_is_another(appliance):
