@@ -8,8 +8,6 @@
 #include <cassert>
 
 #include "frame/schedule_recording_api.h"
-#include "kald/libc.h"
-#include "network/host_port.h"
 #include "platform/appliance_paths.h"
 #include "platform/standin/files.h"
 #include "platform/standin/json_reader.h"
@@ -107,9 +105,6 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     for (std::size_t i = 0; i < std::size(kFiles); ++i) {
         RequireDocument(ReadFile(kFiles[i]), texts[kParts + i]);
     }
-    char value[8]; // no request asks for addresses and settings
-    Tremolane::network_utils::SplitHostPort(texts[0].c_str());
-    KDLIBCFileGetKeyValue(kFiles[0].c_str(), texts[0].c_str(), value, sizeof value, 0);
     return 0;
 }
 
