@@ -1,4 +1,4 @@
-"""The program behind a real web server: logins, what docs/ shows, and the package."""
+"""The program behind a real web server: what docs/ shows, with its answers."""
 import json
 import os
 import re
@@ -27,13 +27,6 @@ def output_of(code, server, *interpreter):
                          text=True, capture_output=True, env=os.environ | {"no_proxy": "*"})
     assert (run.returncode, run.stderr) == (0, ""), run.stdout
     return run.stdout
-
-
-def test_over_http_refused(web_server):
-    ask = "curl -s -u {} -H 'Remote-User: admin' http://127.0.0.1:8080/{}/schedule_recording"
-    for login, folder, answer in (("guest:guest", "webapi", '"code":105'),
-                                  ("admin:admin", "open", '"code":106')):
-        assert answer in output_of(ask.format(login, folder), web_server, "bash")
 
 
 def test_over_http_examples_of_the_documentation(web_server):
