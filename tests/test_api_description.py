@@ -1,12 +1,8 @@
-"""The examples of docs/openapi.yaml are as it describes, and docs/api.md explains every type."""
-import re
-from pathlib import Path
-
+"""The examples of docs/openapi.yaml are as it describes."""
 import pytest
 from answers import check_answer, check_request
-from api_description import DOCUMENT, REQUESTS, type_of, parameters
+from api_description import DOCUMENT, REQUESTS
 
-PAGE = (Path(__file__).parent.parent / "docs/api.md").read_text(encoding="utf-8")
 POST = DOCUMENT["paths"]["/webapi/schedule_recording"]["post"]["requestBody"]["content"]
 ASKED = POST["application/x-www-form-urlencoded"]["examples"]
 ANSWERS = DOCUMENT["components"]["responses"]["answer"]["content"]["application/json"]["examples"]
@@ -18,9 +14,3 @@ def test_examples_of_the_description(method):
     for asked in ASKED.values():
         if asked["value"]["method"] == method:
             check_request(method, asked["value"])
-
-
-def test_types_of_the_description_are_explained():
-    [rows] = re.findall(r"^\| Type .*\n.*\n((?:\|.*\n)*)", PAGE, re.MULTILINE)
-    assert set(re.findall(r"^\| (.*?) \|", rows, re.MULTILINE)) == {
-        type_of(parameter) for method in REQUESTS for parameter in parameters(method).values()}
