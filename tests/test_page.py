@@ -162,10 +162,7 @@ def test_page_shows_the_weeks_of_the_sample(page):
         for day, marks in (TODAY - DAY, ".passed"), (TODAY + 3 * DAY, ":not(.passed)"):
             placed += page.all(f".day[data-day='{wall_of(day)}'] .box{marks}", "20:15")
         page.see("#next").click()
-    assert len(placed) == 2 and titles == {
-        "Abendbericht", "Chorprobe im Fernsehen", "Das Haus am Mühlbach", "Die Uhrmacherin",
-        "Gardens Under Glass", "Gymnastik, mit Vorlauf", "Käse, Kräuter, Kupferkessel",
-        "Lighthouse Keepers", "Morgenbericht", "Nachtzug nach Norden", "Sand and Stars"}
+    assert len(placed) == 2 and titles == {one[1] for one in page.records()}
 
 
 SOON = TODAY + 3 * DAY

@@ -119,15 +119,11 @@ def test_save_keeps_mode_and_owner(appliance):
     path, own = appliance.path("one_shot"), (os.geteuid(), os.getegid())
     owner, owner_of_folder = ((1234, 5678), (12, 13)) if own[0] == 0 else (own, own)
     appliance.store(**{f"{path}.tmp": "left by a process that was killed"})
-
-    def saved(start):
+    os.chown(path.parent, *owner_of_folder)
+    for start, mode, expected in (1000, 0o640, owner_of_folder), (2000, 0o604, owner):
         assert create(appliance, start_time=start) == Answer()
         appliance.forget()
         info = path.stat()
-        return info.st_mode & 0o7777, info.st_uid, info.st_gid
-
-    os.chown(path.parent, *owner_of_folder)
-    assert saved(1000) == (0o640, *owner_of_folder)
-    os.chown(path, *owner)
-    path.chmod(0o604)
-    assert saved(2000) == (0o604, *owner)
+        assert (info.st_mode & 0o7777, info.st_uid, info.st_gid) == (mode, *expected)
+        os.chown(path, *owner)
+        path.chmod(0o604)
