@@ -59,12 +59,13 @@ bool Exchange(std::string const& one, std::string const& other)
 /// Moves the temporary file to `path` durably. Exchanges it with the old file, so that the exchange
 /// can be reversed if the folder cannot be synced. If there was no old file, deletes the new one in
 /// that case. On a file system that cannot exchange files, a failed sync is not undone.
-bool Commit(std::string const& temporary, std::string const& path)
+bool Commit(std::string const& path)
 {
+    std::string const temporary = TemporaryOf(path);
     struct stat old {};
     bool const isNew = ::lstat(path.c_str(), &old) != 0 && errno == ENOENT;
     bool const isExchanged = !isNew && Exchange(temporary, path);
-    bool const isMoved = isExchanged || std::rename(temporary.c_str(), path.c_str()) == 0;
+    bool const isMoved = isExchanged || MoveTemporary(path);
     bool const isSynced = isMoved && SyncFolderOf(path);
     int const error = errno;
     if (isExchanged && !isSynced) {
@@ -73,9 +74,7 @@ bool Commit(std::string const& temporary, std::string const& path)
     if (isNew && isMoved && !isSynced) {
         ::unlink(path.c_str());
     }
-    if (isExchanged || !isMoved) {
-        ::unlink(temporary.c_str());
-    }
+    RemoveTemporaryOf(path);
     errno = error;
     return isSynced;
 }
@@ -114,15 +113,9 @@ bool ReadText(int fd, std::string& text, std::size_t limit)
     }
     char block[std::size_t{16} * 1024];
     while (limit > 0) {
-        ssize_t const got = ::read(fd, block, std::min(limit, sizeof block));
-        if (got < 0 && errno == EINTR) {
-            continue;
-        }
-        if (got < 0) {
-            return false;
-        }
-        if (got == 0) {
-            break;
+        ssize_t const got = TEMP_FAILURE_RETRY(::read(fd, block, std::min(limit, sizeof block)));
+        if (got <= 0) {
+            return got == 0;
         }
         text.append(block, static_cast<std::size_t>(got));
         limit -= static_cast<std::size_t>(got);
@@ -133,10 +126,7 @@ bool ReadText(int fd, std::string& text, std::size_t limit)
 bool WriteAll(int fd, std::string_view text)
 {
     while (!text.empty()) {
-        ssize_t const put = ::write(fd, text.data(), text.size());
-        if (put < 0 && errno == EINTR) {
-            continue;
-        }
+        ssize_t const put = TEMP_FAILURE_RETRY(::write(fd, text.data(), text.size()));
         if (put < 0) {
             return false;
         }
@@ -169,17 +159,16 @@ bool SyncFolderOf(std::string const& path)
 
 void RemoveTemporaryOf(std::string const& path)
 {
+    int const error = errno;
     ::unlink(TemporaryOf(path).c_str());
+    errno = error;
 }
 
 UniqueFd WriteTemporary(std::string const& path, std::string_view text, unsigned newMode)
 {
-    std::string const temporary = TemporaryOf(path);
-    UniqueFd fd = OpenTemporary(temporary);
+    UniqueFd fd = OpenTemporary(TemporaryOf(path));
     if (!fd || !WriteAll(fd.Get(), text) || !CopyOwnerAndMode(fd.Get(), path, newMode)) {
-        int const error = errno;
-        ::unlink(temporary.c_str());
-        errno = error;
+        RemoveTemporaryOf(path);
         return UniqueFd();
     }
     return fd;
@@ -197,12 +186,10 @@ bool WriteWholeFile(std::string const& path, std::string_view text, unsigned new
         return false;
     }
     if (::fsync(fd.Get()) != 0) {
-        int const error = errno;
         RemoveTemporaryOf(path);
-        errno = error;
         return false;
     }
-    return Commit(TemporaryOf(path), path);
+    return Commit(path);
 }
 
 } // namespace standin

@@ -43,7 +43,8 @@ bool WriteWholeFile(std::string const& path, std::string_view text,
 /// that user can use the file too.
 bool GiveToOwnerOfFolder(int fd, std::string const& path);
 
-/// Deletes the temporary file of WriteTemporary(), which a killed process leaves behind.
+/// Deletes the temporary file of WriteTemporary(), if there is one: a killed process leaves it
+/// behind. Does not change errno.
 void RemoveTemporaryOf(std::string const& path);
 
 /// Returns the folder of a file, with a slash at its end.

@@ -8,7 +8,6 @@
 #include <spawn.h>
 #include <sys/wait.h>
 
-#include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <sstream>
@@ -44,18 +43,6 @@ bool Spawn(pid_t* pid, char const* program, char const* argument, int output)
     ::posix_spawnattr_destroy(&attributes);
     ::posix_spawn_file_actions_destroy(&actions);
     return isStarted;
-}
-
-/// Waits until a child ends. Returns its wait status, or -1.
-int WaitFor(pid_t pid)
-{
-    int status = -1;
-    while (::waitpid(pid, &status, 0) < 0) {
-        if (errno != EINTR) {
-            return -1;
-        }
-    }
-    return status;
 }
 
 /// Returns the value in a line `key=value` or `key="value"`. Returns a view with null data if the
@@ -116,12 +103,11 @@ FILE* KDLIBCPopen(char const* path, char const* mode, char const* arg)
 
 int KDLIBCPclose(FILE* stream)
 {
-    auto const child = children.find(stream);
-    if (child == children.end()) {
+    auto const child = children.extract(stream);
+    if (child.empty()) {
         return -1;
     }
-    pid_t const pid = child->second;
-    children.erase(child);
     std::fclose(stream);
-    return WaitFor(pid);
+    int status = 0;
+    return TEMP_FAILURE_RETRY(::waitpid(child.mapped(), &status, 0)) < 0 ? -1 : status;
 }
