@@ -28,11 +28,11 @@ def begin(minutes):
     return SHOW.but(date=time.strftime("%Y-%m-%d", local), time=time.strftime("%H:%M", local))
 
 
-def code_of_edit(appliance, files, new, now="2025-03-25 12:00"):
+def code_of_edit(appliance, files, new, now="2025-03-25 12:00", **changes):
     """The code of an edit of SHOW into a new schedule, over what is stored."""
     appliance.store(**files, user_defined=[SHOW])
     answer = appliance.request("edit_userdefine", now=now, zone="Europe/Berlin",
-                               **edit_of(SHOW, new) | {"orig_start_time": "21:15"})
+                               **edit_of(SHOW, new) | {"orig_start_time": "21:15"} | changes)
     appliance.forget()
     return answer.code
 
@@ -66,6 +66,11 @@ def test_overlap_of_a_new_rule(appliance, first, days, end_date, today, code):
     new = begin(first * DAY).but(days=days, end_date=end_date)
     now = begin((first + today) * DAY).date + " 12:00"
     assert code_of_edit(appliance, shot(), new, now) == code
+
+
+def test_overlap_of_a_new_rule_for_a_week(appliance):
+    new = begin(-8 * DAY).but(days=ALL)
+    assert code_of_edit(appliance, shot(), new, f"{new.date} 12:00", isweekly="false") is None
 
 
 def test_overlap_ends_with_the_last_second_of_32_bits(appliance):

@@ -74,14 +74,16 @@ def test_journal_that_is_broken_refuses_changes(appliance, text):
         assert change(appliance) == Answer(100, log=[log])
 
 
-def test_change_without_room_is_rolled_back(appliance):
+@pytest.mark.parametrize("call", ["rename", "fsync"])
+def test_change_without_room_is_rolled_back(appliance, call):
     appliance.store(one_shot=[SHOW], user_defined=[SHOW])
     path = appliance.path("user_defined")
-    under = failing("rename", path, f"{path}.tmp", at="1", fault="error=ENOSPC")
+    paths = [path, f"{path}.tmp"] if call == "rename" else [path]
+    under = failing(call, *paths, at="1", fault="error=ENOSPC")
     answer = appliance.request("delete_userdefine", tuner=0, id=SHOW.start, under=under)
+    log = save_log(appliance, "user_defined", "No space left on device") if call == "rename" else []
     assert answer == Answer(100, log=[
-        *save_log(appliance, "user_defined", "No space left on device"),
-        "a device failed or is full: the request is rolled back",
+        *log, "a device failed or is full: the request is rolled back",
         "rolled back an unfinished request"])
     appliance.expect_changes(commands=[f"stop 0 {SHOW.start} 474 7", "reload", "reload"])
 
@@ -100,7 +102,8 @@ def test_change_that_runs_out_of_memory_is_rolled_back_at_once(appliance):
 
 
 @pytest.mark.parametrize("call, path", [
-    ("openat", "user_defined"), ("openat", "etc/group"), ("fsync", f"{ETC}/dtvschedules")])
+    ("openat", "user_defined"), ("openat", "etc/group"), ("fsync", f"{ETC}/dtvschedules"),
+    ("fsync", f"{ETC}/dtvschedules/0dtv_schedule.json.tmp")])
 @pytest.mark.parametrize("stored", [None, [SHOW]])
 def test_change_of_one_file_is_refused_if_a_device_fails(appliance, call, path, stored):
     under = failing(call, appliance.store(one_shot=stored).path(path))
