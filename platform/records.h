@@ -18,7 +18,7 @@ inline Json::Value const& MemberOf(Json::Value const& record, char const* name)
     return record.isObject() ? record[name] : Json::Value::nullSingleton();
 }
 
-/// A value read as an int, as text and as a flag.
+/// A value read as an int and as text.
 inline int AsInt(Json::Value const& value)
 {
     return value.isConvertibleTo(Json::intValue) ? value.asInt() : 0;
@@ -27,11 +27,6 @@ inline int AsInt(Json::Value const& value)
 inline std::string AsText(Json::Value const& value)
 {
     return value.isConvertibleTo(Json::stringValue) ? value.asString() : "";
-}
-
-inline bool AsFlag(Json::Value const& value)
-{
-    return value.isConvertibleTo(Json::booleanValue) && value.asBool();
 }
 
 /// A record's member read as an int, as text and as a flag.
@@ -47,7 +42,8 @@ inline std::string TextOf(Json::Value const& record, char const* name)
 
 inline bool FlagOf(Json::Value const& record, char const* name)
 {
-    return AsFlag(MemberOf(record, name));
+    Json::Value const& flag = MemberOf(record, name);
+    return flag.isConvertibleTo(Json::booleanValue) && flag.asBool();
 }
 
 /// Removes from an array (or null) the elements that `isDropped` selects; returns whether there

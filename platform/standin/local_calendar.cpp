@@ -7,13 +7,6 @@
 
 namespace standin {
 
-std::tm LocalTime(std::time_t time)
-{
-    std::tm local{};
-    ::localtime_r(&time, &local);
-    return local;
-}
-
 std::chrono::sys_days DayOf(std::tm const& local)
 {
     return std::chrono::year_month_day(std::chrono::year(local.tm_year + 1900),

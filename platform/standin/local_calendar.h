@@ -8,9 +8,6 @@
 
 namespace standin {
 
-/// Converts epoch seconds to local wall-clock time.
-std::tm LocalTime(std::time_t time);
-
 /// Returns the calendar day of a local wall-clock time.
 std::chrono::sys_days DayOf(std::tm const& local);
 

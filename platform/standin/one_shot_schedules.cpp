@@ -20,11 +20,7 @@ namespace KALDTremolane {
 namespace {
 
 using namespace appliance;
-using standin::ChangeRecords;
-using standin::ChangeSchedule;
-using standin::Document;
-using standin::ScheduleKey;
-using standin::SetErrno;
+using namespace standin;
 
 /// The members of a record that its entry in the list is made from, and its id.
 Json::Value ListedForm()
@@ -43,7 +39,7 @@ Json::Value ListedForm()
 void ToListEntry(Json::Value& record)
 {
     std::string id = TextOf(record, member::kServiceId); // stored as a number or as text
-    if (auto const frequency = standin::FrequencyOf(record[member::kFrequency])) {
+    if (auto const frequency = FrequencyOf(record[member::kFrequency])) {
         id += '@' + std::to_string(*frequency);
     }
     record.removeMember(member::kServiceId);
@@ -67,7 +63,7 @@ struct BelongsTo {
 /// first search costs less than an index.
 Document::Keys* FindKeys(std::string const& path, Document& records)
 {
-    if (standin::Transaction::FindSaved(path) == nullptr) {
+    if (Transaction::FindSaved(path) == nullptr) {
         return nullptr;
     }
     if (!records.keys) {
@@ -85,7 +81,7 @@ Document::Keys* FindKeys(std::string const& path, Document& records)
 bool GetSchedule(Json::Value& out, int tuner)
 {
     Json::Value records;
-    if (!SetErrno(out, standin::LoadRecords(OneShotFile(tuner), records, ListedForm()))) {
+    if (!SetErrno(out, LoadRecords(OneShotFile(tuner), records, ListedForm()))) {
         return false;
     }
     DropElements(records, [](Json::Value const& element) { return !element.isObject(); });
@@ -108,7 +104,7 @@ bool AddSchedule(Json::Value& out, int tuner, std::string id, std::string start,
         if (!isNew) {
             return EEXIST;
         }
-        Json::Value record = standin::NewRecord(key, kStatusWaiting, tuner, uid);
+        Json::Value record = NewRecord(key, kStatusWaiting, tuner, uid);
         record[member::kServiceId] = key.service;
         records.value.append(std::move(record));
         return 0;
@@ -133,11 +129,11 @@ bool ScheduleDeletePass(Json::Value& out, int tuner)
     std::int64_t const now = ::time(nullptr);
     auto const isPassed = [now](Json::Value const& record) {
         Json::Value const& start = MemberOf(record, member::kStartTime);
-        return start.isInt() && std::int64_t{start.asInt()} + standin::DurationOf(record) <= now;
+        return start.isInt() && std::int64_t{start.asInt()} + DurationOf(record) <= now;
     };
     return ChangeRecords(out, OneShotFile(tuner), [&](Document& records) {
         records.keys.reset();
-        return DropRecords(records.value, isPassed) ? 0 : standin::kUnchanged;
+        return DropRecords(records.value, isPassed) ? 0 : kUnchanged;
     });
 }
 

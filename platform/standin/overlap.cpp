@@ -1,4 +1,5 @@
 /// @file Whether a recording would overlap a stored one.
+#include "platform/local_time.h"
 #include "platform/record_members.h"
 #include "platform/records.h"
 #include "platform/standin/local_calendar.h"
@@ -18,9 +19,7 @@
 namespace {
 
 using namespace appliance;
-using standin::DayOf;
-using standin::DurationOf;
-using standin::LocalTime;
+using namespace standin;
 using std::chrono::days;
 using std::chrono::seconds;
 using std::chrono::sys_days;
@@ -55,9 +54,9 @@ public:
     Recurrence(Json::Value const& record, int start)
         : m_duration(DurationOf(record)), m_first(LocalTime(start)), m_firstDay(DayOf(m_first)),
           m_lastDay(sys_days::max()),
-          m_selected(standin::ParseWeekdays(TextOf(record, member::kWeekdayStatus).c_str()))
+          m_selected(ParseWeekdays(TextOf(record, member::kWeekdayStatus).c_str()))
     {
-        if (auto const end = standin::ParseDate(TextOf(record, member::kEndDate).c_str())) {
+        if (auto const end = ParseDate(TextOf(record, member::kEndDate).c_str())) {
             m_lastDay = *end;
         }
         if (!FlagOf(record, member::kIsWeekly)) {

@@ -1,6 +1,7 @@
 /// @file The store operations on the repeat schedules of a tuner, from which the daemon generates
 /// one-shot schedules.
 #include "platform/appliance_paths.h"
+#include "platform/local_time.h"
 #include "platform/record_members.h"
 #include "platform/records.h"
 #include "platform/schedule_status.h"
@@ -22,13 +23,6 @@ using standin::ScheduleKey;
 
 constexpr int kDaysOfWeek = 7;
 constexpr int kDaysOfYear = 366;
-
-std::string DateText(int start)
-{
-    char text[64];
-    std::tm const local = standin::LocalTime(start);
-    return {text, std::strftime(text, sizeof text, "%Y-%m-%d", &local)};
-}
 
 void SetRecurrence(Json::Value& record, bool isWeekly, char const* weekdayStatus,
                    char const* endDate)
@@ -63,7 +57,7 @@ bool AddRepeatSchedule(Json::Value& out, int tuner, std::string const& id, char 
         Json::Value record = standin::NewRecord(key, kStatusRepeat, tuner, uid);
         record[member::kId] = key.service;
         record[member::kLastCreateTime] = 0;
-        record[member::kStartDate] = DateText(key.start);
+        record[member::kStartDate] = LocalText(key.start, "%Y-%m-%d");
         SetRecurrence(record, isWeekly, weekdayStatus, endDate);
         records.value.append(std::move(record));
         return 0;
@@ -95,7 +89,7 @@ int GetRepeatLimitTime(int isWeekly, char const* weekdayStatus, char const* endD
     if (!end) {
         return kDaysOfYear;
     }
-    auto const today = standin::DayOf(standin::LocalTime(::time(nullptr)));
+    auto const today = standin::DayOf(LocalTime(::time(nullptr)));
     return static_cast<int>(std::clamp<std::int64_t>((*end - today).count() + 1, 0, kDaysOfYear));
 }
 

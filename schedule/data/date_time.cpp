@@ -4,6 +4,7 @@
 
 #include "frame/decimal.h"
 #include "kald/web_api_util.h"
+#include "platform/local_time.h"
 
 #include <cstdio>
 #include <cstring>
@@ -33,9 +34,7 @@ int ScheduleRecordingAPI::DateTimeToEpoch(char const* date, char const* time)
     if (!std::in_range<int>(year)) {
         return kFailed;
     }
-    std::time_t const now = ::time(nullptr);
-    std::tm local{};
-    ::localtime_r(&now, &local);
+    std::tm local = appliance::LocalTime(::time(nullptr));
     local.tm_year = static_cast<int>(year - 1900);
     local.tm_mon = month - 1;
     local.tm_mday = day;

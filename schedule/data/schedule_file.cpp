@@ -10,7 +10,6 @@
 
 RecordFile LoadRecordFile(Json::Value& records, std::string const& path)
 {
-    records = Json::Value();
     if (!WebUtils::LoadJsonFile(records, path.c_str())) {
         // A dangling link is not missing: its target may come back with the volume that holds it.
         struct stat info {};

@@ -9,6 +9,7 @@
 #include "kald/web_api_util.h"
 #include "kald/web_utils.h"
 #include "platform/appliance_paths.h"
+#include "platform/local_time.h"
 #include "platform/record_members.h"
 #include "platform/records.h"
 #include "platform/schedule_status.h"
@@ -98,15 +99,6 @@ void RemoveOldSchedule(Json::Value const& old, StoredSchedules& stored)
     }
 }
 
-/// Returns the local weekday of now, Sunday 0.
-int Today()
-{
-    std::time_t const now = ::time(nullptr);
-    std::tm local{};
-    ::localtime_r(&now, &local);
-    return local.tm_wday;
-}
-
 /// Returns whether a stored schedule overlaps the new one on a day that has to be tested.
 bool Overlaps(Edit const& edit, StoredSchedules& stored)
 {
@@ -117,8 +109,9 @@ bool Overlaps(Edit const& edit, StoredSchedules& stored)
     int selected[kDaysOfWeek] = {};
     int const limit = KALDTremolane::GetRepeatLimitTime(
         edit.isWeekly ? 1 : 0, edit.weekdays.c_str(), edit.endDate.c_str(), selected);
-    int const today = Today();       // the days count from today, not from the new start
-    std::int64_t start = edit.start; // beyond 32 bits no stored schedule begins
+    // The days count from today, not from the new start. Beyond 32 bits no stored schedule begins.
+    int const today = LocalTime(::time(nullptr)).tm_wday;
+    std::int64_t start = edit.start;
     for (int k = 0; k < limit && std::in_range<int>(start); ++k, start += kDaySeconds) {
         if (selected[(today + k) % kDaysOfWeek] == 1 &&
             TaskIsOverLap(static_cast<int>(start), edit.duration, stored.oneShot, stored.repeat)) {

@@ -4,6 +4,7 @@
 
 #include "frame/web_api_error.h"
 #include "kald/web_api_util.h"
+#include "platform/local_time.h"
 #include "platform/record_members.h"
 #include "platform/records.h"
 #include "tremolane/recording_service.h"
@@ -16,22 +17,11 @@ using namespace appliance;
 
 constexpr char kDate[] = "%Y-%m-%d";
 
-/// Renders a local date or time.
-std::string LocalText(std::time_t time, char const* format)
-{
-    std::tm local{};
-    char text[64];
-    ::localtime_r(&time, &local);
-    return {text, std::strftime(text, sizeof text, format, &local)};
-}
-
 /// Returns what a new schedule is offered: half an hour, and today as its only weekday.
 Json::Value NewRecord(std::time_t now)
 {
-    std::tm local{};
-    ::localtime_r(&now, &local);
     std::string weekdays = "0,0,0,0,0,0,0";
-    weekdays[2 * static_cast<std::size_t>(local.tm_wday)] = '1';
+    weekdays[2 * static_cast<std::size_t>(LocalTime(now).tm_wday)] = '1';
     Json::Value record;
     record[member::kDuration] = 1800;
     record[member::kIsRepeat] = false;
