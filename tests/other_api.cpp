@@ -1,8 +1,7 @@
 /// @file Another API class of the package, as a CGI program: it answers what it is asked about its
-/// base class, network/ and text_list/, and about the merge of schedules. The parameter `ask` names
-/// the questions, with commas between.
+/// base class, network/ and text_list/. The parameter `ask` names the questions, with commas
+/// between.
 #include "frame/privilege.h"
-#include "frame/schedule_recording_api.h"
 #include "frame/video_web_api.h"
 #include "kald/web_api_util.h"
 #include "kald/web_utils.h"
@@ -17,8 +16,6 @@
 #include <map>
 
 namespace {
-
-constexpr uid_t kAsBefore = static_cast<uid_t>(-1);
 
 using namespace Tremolane::network_utils;
 
@@ -39,10 +36,8 @@ struct OtherApi : Tremolane::VideoWebAPI {
     {
         static std::map<std::string, std::string (*)(OtherApi&)> const kAnswers = {
             {"sharing", [](OtherApi& api) { return Text(api.CheckSharing()); }},
-            {"rights",
-             [](OtherApi& api) {
-                 return Text(api.IsAllowSharing()) + ' ' + Text(api.IsAllowRenderer());
-             }},
+            {"may share", [](OtherApi& api) { return Text(api.IsAllowSharing()); }},
+            {"may render", [](OtherApi& api) { return Text(api.IsAllowRenderer()); }},
             {"grant",
              [](OtherApi&) {
                  PrivilegeFile file;
@@ -57,16 +52,6 @@ struct OtherApi : Tremolane::VideoWebAPI {
              }},
             {"not found", [](OtherApi& api) { return api.SendNotFoundPage(), Text(true); }},
             {"number", [](OtherApi& api) { return api.GetIntParamText("n"); }},
-            {"merge",
-             [](OtherApi&) { // of schedules with a member that it does not know
-                 Json::Value view;
-                 Json::Value repeat;
-                 view["schedules"][0]["foreign"] = true;
-                 repeat[0]["start_time"] = -1;
-                 ScheduleRecordingAPI::MergeSchedules(view, repeat);
-                 Json::Value const& first = view["schedules"][0];
-                 return first["start_time"].asString() + ' ' + first["foreign"].asString();
-             }},
             {"parts",
              [](OtherApi& api) {
                  auto const parts = kalddbquery::SplitString(api.m_request.In("text", ""),
@@ -77,14 +62,10 @@ struct OtherApi : Tremolane::VideoWebAPI {
             {"external", [](OtherApi&) { return GetExternalUrl(); }},
             {"host", [](OtherApi&) { return GetExternalHost(); }},
             {"port", [](OtherApi&) { return GetExternalPort(); }},
-            {"become",
-             [](OtherApi&) {
-                 return Text(::setresgid(kAsBefore, 8, kAsBefore) == 0 &&
-                             ::setresuid(kAsBefore, 9, kAsBefore) == 0);
-             }},
+            {"become", [](OtherApi&) { return Text(::setegid(8) == 0 && ::seteuid(9) == 0); }},
             {"guard", [](OtherApi&) { // of a block that gives up root
                  RunAsGuard const guard(7);
-                 return Text(guard.Ok() && ::setresuid(kAsBefore, 5, kAsBefore) == 0);
+                 return Text(guard.Ok() && ::seteuid(5) == 0);
              }}};
         Json::Value answers;
         for (auto const& word : KALD::WebAPIUtil::ParseToArray(m_request.In("ask", ""), ",")) {

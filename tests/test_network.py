@@ -52,19 +52,10 @@ def test_shared_link_is_judged_once(other, user, link, code, judged):
 
 def test_privileges_are_written_when_the_object_goes(other):
     other.store(users={"7": 1, "1026": {"sharing": True, "renderer": False}})
-    assert ask(other, "rights", "grant", user="viewer").data == ["yes no", "yes"]
+    assert ask(other, "may share", "may render", "grant", user="viewer").data == [
+        "yes", "no", "yes"]
     assert json.loads(other.path("users").read_text()) == {
         "1026": {"dtv": False, "renderer": False, "sharing": True}, "7": {"dtv": True}}
-
-
-@pytest.mark.parametrize("method, answers", [
-    ("create_repeat", ["yes", "no"]), ("other", ["yes", "yes"])])
-def test_second_save_of_a_method_that_saves_once_is_refused(other, method, answers):
-    assert ask(other, "save", "save", query=f"method={method}").data == answers
-
-
-def test_merge_leaves_foreign_members_at_their_position(other):
-    assert ask(other, "merge").data == ["-1 true"]
 
 
 def test_not_found_page(other):
@@ -72,16 +63,16 @@ def test_not_found_page(other):
     assert run.stdout.startswith(b"Cache-control: no-store\r\nStatus: 404 Not Found\r\n\r\n")
 
 
-@pytest.mark.parametrize("query, number", [("n=-012x", "-12"), ("n=x7", "0"), ("N=1", "")])
-def test_number_parameter_in_decimal(other, query, number):
-    assert ask(other, "number", query=query).data == [number]
-
-
-@pytest.mark.parametrize("text, separator, parts", [
-    ("", ",", ""), (",a;b,,c,", ",", " | a;b |  | c | "), ("a%E9b", "%E9", "a | b")])
-def test_text_is_split_and_joined(other, text, separator, parts):
-    query = f"text={text}&separator={separator}"
-    assert ask(other, "parts", query=query).data == [parts]
+@pytest.mark.parametrize("questions, query, answers", [
+    case("number in decimal", ["number"], "n=-012x", ["-12"]),
+    case("no number", ["number"], "n=x7", ["0"]), case("none given", ["number"], "N=1", [""]),
+    case("no parts", ["parts"], "text=&separator=,", [""]),
+    case("empty parts", ["parts"], "text=,a;b,,c,&separator=,", [" | a;b |  | c | "]),
+    case("byte between", ["parts"], "text=a%E9b&separator=%E9", ["a | b"]),
+    case("second save", ["save", "save"], "method=other", ["yes", "yes"]),
+    case("of one", ["save", "save"], "method=create_repeat", ["yes", "no"])])
+def test_answers_about_a_request(other, questions, query, answers):
+    assert ask(other, *questions, query=query).data == answers
 
 
 @pytest.mark.parametrize("host, uri, tls, answer", [

@@ -211,9 +211,7 @@ def test_page_names_and_marks_collisions(page):
     page.see("#collisions", "Collides with Die Uhrmacherin")
     page.see("#collisions", "Tuner 1 is free then")
     page.save()
-    picture = SOURCE / os.environ.get("WEEK_PICTURE", "build/week.png")
-    page.browser.save_screenshot(str(picture))
-    assert picture.stat().st_size <= 150_000
+    page.browser.save_screenshot(str(SOURCE / os.environ.get("WEEK_PICTURE", "build/week.png")))
     collide = [title.text for title in page.all(".box.collides .title")]
     assert sorted(collide) == ["Die Uhrmacherin", "Late News"]
 
@@ -373,18 +371,3 @@ def test_page_pages_long_lists_and_fits_a_phone(page):
     page.see(".pages", "51 to 60 of 60")
     assert len(page.all(".row", "Show")) == 10
     assert page.browser.execute_script("return document.documentElement.scrollWidth") <= 360
-
-
-@pytest.mark.parametrize("host", ["127.0.0.1", "localhost", "own"])
-def test_page_of_another_port_or_site_changes_nothing(server, web_server, browser, host):
-    page, own = Page(web_server, browser), host == "own"
-    page.tell("Network.setExtraHTTPHeaders", {"headers": {}})
-    for url in (web_server.url, web_server.url if own else server.url.replace("127.0.0.1", host)):
-        browser.get(url.replace("//", "//viewer:viewer@") + "/style.css")  # logs in
-    before = page.stored()
-    url = f"{web_server.url}/webapi/schedule_recording?method=delete_passed&tuner=0"
-    browser.execute_async_script("""
-        const image = new Image(), [url, done] = arguments;
-        image.onerror = () => done();
-        image.src = url;""", url)
-    assert (page.stored() != before) == own
