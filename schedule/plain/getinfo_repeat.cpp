@@ -35,9 +35,9 @@ void ScheduleRecordingAPI::GetRepeatInfo()
     int start = -1;
     int service = 0;
     int frequency = 0;
-    bool const hasStart = KALD::WebAPIUtil::ParseInt(m_request.In("start_time", "-1"), &start);
+    KALD::WebAPIUtil::ParseInt(m_request.In("start_time", "-1"), &start);
     std::optional<int> const tuner = RequestTuner();
-    if (!hasStart || start < 0 ||
+    if (start < 0 ||
         KALDTremolane::KALDVideoDTVParserUniqueId(m_request.In("id", ""), &service, &frequency) !=
             0 ||
         !tuner) {
