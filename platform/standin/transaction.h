@@ -106,12 +106,12 @@ private:
     bool m_savesOnce;
     bool m_hasSavedOnce = false;
     bool m_hasDeviceFailed = false;
-    bool m_hasJournal = false;       ///< the file of the journal was written
-    bool m_isJournalComplete = true; ///< it holds all of `m_journal`
-    UniqueFd m_lock;
+    bool m_hasJournal = false;            ///< the file of the journal was written
+    bool m_isJournalComplete = true;      ///< it holds all of `m_journal`
     std::string m_journal;                ///< the text of the journal
     std::set<std::string> m_kept;         ///< the paths whose old version it holds
     std::map<std::string, Saved> m_saved; ///< by path
+    UniqueFd m_lock; ///< the last member: released before the documents are freed
 };
 
 } // namespace standin

@@ -5,6 +5,7 @@
 #include "platform/record_members.h"
 #include "platform/records.h"
 #include "platform/standin/documents.h"
+#include "platform/standin/transaction.h"
 #include "tremolane/recording_service.h"
 
 #include <map>
@@ -17,15 +18,21 @@ using namespace appliance;
 
 /// An index of the user-defined file. A request that only reads sees one version of the file, even
 /// if another process replaces it meanwhile: to look at the file again for every schedule of a page
-/// would cost more than the look-ups themselves. A request that changes files has the lock.
+/// would cost more than the look-ups themselves. A request that changes files has the lock. What it
+/// has saved belongs to its transaction and is not copied.
 struct UserDefineIndex {
     UserDefineIndex()
     {
-        standin::LoadDocument(kUserDefineFile, records);
-        if (!records.isArray()) {
+        if (standin::Document const* const saved =
+                standin::Transaction::FindSaved(kUserDefineFile)) {
+            records = &saved->value;
+        } else {
+            standin::LoadDocument(kUserDefineFile, loaded);
+        }
+        if (!records->isArray()) {
             return;
         }
-        for (auto record = records.begin(); record != records.end(); ++record) {
+        for (auto record = records->begin(); record != records->end(); ++record) {
             if (record->isObject()) {
                 positions.try_emplace(
                     {IntOf(*record, member::kStartTime), IntOf(*record, member::kTuner)},
@@ -34,7 +41,8 @@ struct UserDefineIndex {
         }
     }
 
-    Json::Value records;
+    Json::Value loaded;
+    Json::Value const* records = &loaded;
     std::map<std::pair<int, int>, Json::ArrayIndex> positions; ///< by start and tuner
 };
 
@@ -62,6 +70,6 @@ int KALDTremolane::ReadUserDefineFromFile(Json::Value& out, int start, int tuner
     if (found == Index()->positions.end()) {
         return -1;
     }
-    out = Index()->records[found->second];
+    out = (*Index()->records)[found->second];
     return static_cast<int>(found->second);
 }
