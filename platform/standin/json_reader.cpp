@@ -8,7 +8,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,6 +20,7 @@ namespace standin {
 namespace {
 
 constexpr std::size_t kMaxDepth = 1000;
+constexpr std::size_t kMaxSharedNames = 100; ///< more than this system's own files have
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF"; ///< some editors begin a file with it
 
 /// Converts the text of a number: to an integer if it is written as one and fits, otherwise to a
@@ -32,6 +35,22 @@ Json::Value NumberOf(std::string_view text)
     }
     double const real = std::strtod(text.data(), nullptr);
     return std::isfinite(real) ? Json::Value(real) : Json::Value();
+}
+
+/// Returns the member of an object, a new one if it has none of that name. Records repeat a few
+/// names, so all documents share one copy of each; it is never freed, because the process ends
+/// first. A name with a NUL is not shared, nor are those beyond the limit.
+Json::Value& DemandMember(Json::Value& object, std::string_view name)
+{
+    static auto& shared = *new std::set<std::string, std::less<>>;
+    auto found = shared.find(name);
+    if (found == shared.end()) {
+        if (shared.size() == kMaxSharedNames || name.find('\0') != name.npos) {
+            return *object.demand(name.data(), name.data() + name.size());
+        }
+        found = shared.emplace(name).first;
+    }
+    return object[Json::StaticString(found->c_str())];
 }
 
 /// Receives the events of RapidJSON's reader, in the order of the text. False ends the reading.
@@ -70,7 +89,7 @@ public:
     {
         Json::Value& object = *m_open.back();
         bool const isWanted = !HasForm(2) || object.isMember(text, text + length);
-        m_member = isWanted ? object.demand(text, text + length) : &m_unwanted;
+        m_member = isWanted ? &DemandMember(object, {text, length}) : &m_unwanted;
         return true;
     }
 
