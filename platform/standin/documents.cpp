@@ -13,18 +13,6 @@
 
 namespace standin {
 
-namespace {
-
-/// Replaces a file at once.
-bool ReplaceFile(std::string const& path, Json::Value const& document)
-{
-    Transaction* const transaction = Transaction::For(path);
-    return (transaction == nullptr || transaction->MayReplaceFile()) &&
-           WriteWholeFile(path, RenderJson(document, Charset::kUtf8) + '\n');
-}
-
-} // namespace
-
 Load LoadDocument(std::string const& path, Json::Value& document, Json::Value const& form)
 {
     if (Document const* const saved = Transaction::FindSaved(path)) {
@@ -43,9 +31,12 @@ Load LoadDocument(std::string const& path, Json::Value& document, Json::Value co
 
 bool SaveDocument(std::string const& path, Document document)
 {
-    Transaction* const transaction = Transaction::Keeping(path);
-    return transaction != nullptr ? transaction->Save(path, std::move(document))
-                                  : ReplaceFile(path, document.value);
+    if (Transaction* const keeping = Transaction::Keeping(path)) {
+        return keeping->Save(path, std::move(document));
+    }
+    Transaction* const transaction = Transaction::For(path);
+    return (transaction == nullptr || transaction->MayReplaceFile()) &&
+           WriteWholeFile(path, RenderJson(document.value, Charset::kUtf8) + '\n');
 }
 
 } // namespace standin
@@ -60,7 +51,5 @@ bool WebUtils::SaveJsonFile(Json::Value& document, char const* path)
     if (std::string_view(path) == appliance::kUserDefineFile) {
         standin::ForgetUserDefineIndex();
     }
-    standin::Transaction* const transaction = standin::Transaction::Keeping(path);
-    return transaction != nullptr ? transaction->Save(path, {document, std::nullopt})
-                                  : standin::ReplaceFile(path, document); // without a copy of it
+    return standin::SaveDocument(path, {std::move(document), std::nullopt});
 }
