@@ -21,8 +21,9 @@ MARKUP = """<img src=x onerror="document.title='run'">"""
 TITLES = """
     return [...document.querySelectorAll(".box .title")].map((title) => title.textContent);"""
 PLACE = """
-    const [day, minute] = arguments, section = document.querySelector(".days");
-    const column = document.querySelector(`.day[data-day="${day}"] .times`);
+    const [day, minute, tuner] = arguments, section = document.querySelector(".days");
+    const column =
+      document.querySelector(`.day[data-day="${day}"][data-tuner="${tuner}"] .times`);
     section.scrollTop = column.offsetHeight * minute / 1440 - section.clientHeight / 2;
     const { left, top, height } = column.getBoundingClientRect();
     return [Math.round(left + 20), Math.round(top + height * minute / 1440)];"""
@@ -121,13 +122,17 @@ class Page:
         self.click_until("#question[open] button", answer, words)
 
     def drag(self, *stops, key=None):
-        """Moves the pressed mouse from one day and time to others, and presses a key on the way."""
+        """Moves the pressed mouse from one day, time and tuner to others, or out of the week (None).
+
+        A key is pressed on the way.
+        """
         mouse = webdriver.ActionChains(self.browser, 0)
         pointer = mouse.w3c_actions.pointer_action
-        for number, (day, time) in enumerate(stops):
-            minute = 60 * int(time[:2]) + int(time[3:])
-            pointer.move_to_location(*self.browser.execute_script(PLACE, wall_of(day), minute))
-            if number == 0:
+        for stop in stops:
+            day, time, *tuner = stop or (TODAY, "00:00")
+            place = wall_of(day), 60 * int(time[:2]) + int(time[3:]), *(tuner or [0])
+            pointer.move_to_location(*(self.browser.execute_script(PLACE, *place) if stop else (5, 5)))
+            if stop is stops[0]:
                 pointer.pointer_down()
             mouse.perform()
         if key:
@@ -254,8 +259,10 @@ def test_page_draws_moves_and_lengthens_with_the_mouse(page):
             ((tuesday, "11:43"), (tuesday, "12:34"), "Choir", tuesday, "10:40", "01:55"),
             ((tuesday, "11:00"), (monday, "09:22"), "Choir", monday, "09:00", "01:05")]:
         page.drag(start, end, key=Keys.ESCAPE)
-        page.drag((monday, "07:10"), end)  # a repeat schedule, which stays
-        assert not page.all("#recording[open]")
+        page.drag(start, None)
+        for stop in end, (monday, "07:25"):  # from a repeat schedule, which stays
+            page.drag((monday, "07:10"), stop)
+        assert not page.all("#recording[open], .ghost")
         page.drag(start, end)
         page.see("#recording[open]")
         title, day, *others = values
@@ -265,6 +272,14 @@ def test_page_draws_moves_and_lengthens_with_the_mouse(page):
     assert page.records() == before
     page.save()
     assert {one[:2] for one in page.records() - before} == {(monday.replace(hour=9), "Choir")}
+    page.see(".box", "Choir").send_keys(Keys.ENTER)  # no drag takes it for its own click
+    page.see("#recording[open] .cancel").click()
+    page.see("#all-tuners").click()
+    page.see("#previous").click()
+    page.see(f".day[data-tuner='1'][data-day='{wall_of(monday)}']")
+    page.drag((monday, "09:30", 0), (monday, "09:45", 1))
+    assert page.see("[name=tuner] :checked").text == "1"
+    assert page.browser.execute_script(FORM)[2] == "09:15"
 
 
 def test_page_shows_all_tuners_filters_the_list_and_prints_one_page(page):
