@@ -5,7 +5,13 @@ import { TEXT } from "./text.js";
 import { DAY, dayOf, timeText } from "./week.js";
 import { describe, element, marksOf } from "./words.js";
 
+const HOUR = 3600;
 const SHORT = 1800; // seconds; a shorter box has room for one line
+
+// The lines for which a box of some hours has room, on the screen in rem, on paper in millimetres:
+// what an hour is high, less what the edges take, by the height of a line. As in style.css.
+const linesOf = (hours) => Math.max(Math.floor((4 * hours - 0.15) / 0.9), 1);
+const paperLinesOf = (hours) => Math.max(Math.floor((7 * hours - 0.6) / 2.7), 1);
 
 // No method moves other schedules: they would become new ones.
 const isMovable = (plan) => plan.schedule.is_userdefine && !plan.selected && plan.rule === null;
@@ -29,8 +35,11 @@ export function makeWeekView(section, heading, actions) {
     box.style.setProperty("--height", (bottom - top) / DAY);
     box.style.setProperty("--left", column / columns);
     box.style.setProperty("--width", 1 / columns);
+    box.style.setProperty("--lines", linesOf((bottom - top) / HOUR));
+    box.style.setProperty("--paper-lines", paperLinesOf((bottom - top) / HOUR));
     box.classList.toggle("short", bottom - top < SHORT);
     box.title = box.textContent;
+    box.append(element("span", "text", ...box.childNodes));
     box.dataset.key = `box ${plan.schedule.primeid} ${begin} ${continued}`;
     box.addEventListener("click", () => actions.openChanged(plan));
     if (isMovable(plan)) {
@@ -55,14 +64,17 @@ export function makeWeekView(section, heading, actions) {
     return column;
   }
 
+  const columns = () => [...section.querySelectorAll(".day")];
+
   /** Moves the line of now, and fades what has passed. */
   function tick() {
     if (!clock) return;
     const today = dayOf(clock.wallNow());
+    const isWeek = new Set(columns().map(({ dataset }) => dataset.day)).size > 1;
     for (const line of section.querySelectorAll(".now")) line.remove();
-    for (const column of section.querySelectorAll(".day")) {
+    for (const column of columns()) {
       const isToday = Number(column.dataset.day) === today;
-      column.classList.toggle("today", isToday);
+      column.classList.toggle("today", isToday && isWeek);
       if (isToday) column.append(makeLine(today));
     }
     for (const [box, one] of boxes) box.classList.toggle("passed", one.endEpoch <= clock.now());
@@ -82,7 +94,7 @@ export function makeWeekView(section, heading, actions) {
     if (scrolledTo === key || !goals.length) return;
     if (isWhole && boxes.size) scrolledTo = key;
     const goal = Math.min(...goals.map((one) => one.offsetTop));
-    section.scrollTop = goal - section.clientHeight / 4;
+    section.scrollTop = goal - section.clientHeight / 8;
     if (section.clientHeight === section.scrollHeight) {
       section.querySelector(".today")?.scrollIntoView();
     }
@@ -92,14 +104,14 @@ export function makeWeekView(section, heading, actions) {
    * Shows columns: each has a title, the day and the tuner, and its boxes. More boxes follow if
    * they are not whole.
    */
-  function show(title, columns, ownClock, isWhole) {
+  function show(title, shown, ownClock, isWhole) {
     clock = ownClock;
     boxes = new Map();
     heading.textContent = title;
-    section.style.setProperty("--columns", columns.length);
-    section.replaceChildren(hours, ...columns.map(makeColumn));
+    section.style.setProperty("--columns", shown.length);
+    section.replaceChildren(hours, ...shown.map(makeColumn));
     tick();
-    scroll(`${columns[0].day} ${columns.length}`, isWhole);
+    scroll(`${shown[0].day} ${shown.length}`, isWhole);
   }
 
   return { show, tick };
