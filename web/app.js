@@ -6,7 +6,9 @@ import { Schedules, isRepeat } from "./schedules.js";
 import { TEXT, explain, translate } from "./text.js";
 import { DAY, boxesOfDays, dayOf, wallOf, weekOf } from "./week.js";
 import { makeWeekView } from "./week_view.js";
-import { FIRST_WEEKDAY, dayName, matches, nameOf, weekName, whenOf } from "./words.js";
+import {
+  FIRST_WEEKDAY, dateName, dayName, legend, matches, nameOf, weekName, whenOf,
+} from "./words.js";
 
 const UNDO_TIME = 10_000; // milliseconds for which a deletion can be undone
 const SLOW = 300; // milliseconds after which a wait is shown
@@ -14,18 +16,20 @@ const find = (selector) => document.querySelector(selector);
 const tunerButtons = document.querySelectorAll("#tuners [value]");
 
 translate(document);
+find("#legend").textContent = legend();
 // The origin leaves out a login with which the address of the page may have been typed.
 const endpoint = new URL(document.documentElement.dataset.endpoint, location.origin).href;
 const schedules = new Schedules(connect(endpoint, { onBusy }));
 const dialog = makeDialog(find("#recording"), schedules, { save, remove, ask });
 const weekView = makeWeekView(find("#week .days"), find("#week-title"), { openChanged, openNew });
-const listView = makeListView(find("#list"), openChanged, showList);
+const listView = makeListView(find("#list"), find("#delete-chosen"), openChanged, showList);
 
 let waiting = 0; // timer of the wait that may become slow
 let undoing = 0; // timer after which nothing can be undone
 let listStart = 0;
 let shownWall = null; // a time of the shown week or day; null means now
 let showsAll = false; // one day of all tuners, not a week of one
+let revealed = null; // the schedule that was saved last
 let showings = 0; // counts; what an earlier one still gets is not shown
 
 function onBusy(pending) {
@@ -39,11 +43,19 @@ function onBusy(pending) {
 
 function openBy(action) {
   const { key } = document.activeElement.dataset;
-  find("#recording").onclose = () => refocus(key, find("#create"));
+  revealed = null;
+  find("#recording").onclose = () =>
+    refocus(key, boxOf(revealed) ?? find("#undo:not([hidden])") ?? find("#create"));
   return guard(action);
 }
 
-function openNew(values) { return openBy(() => dialog.openNew(values)); }
+// When a new recording begins unless it is drawn: now, or at this time in what is shown.
+function newStart() {
+  const now = schedules.clock.wallNow();
+  return Math.max(now, shownDay() + now % DAY);
+}
+
+function openNew(values = { start: newStart() }) { return openBy(() => dialog.openNew(values)); }
 function openChanged(plan, values) { return openBy(() => dialog.openChanged(plan, values)); }
 
 // What is shown anew has new elements. Those that stand for the same schedule have the same key.
@@ -72,7 +84,7 @@ function daysOfWeek(week) {
 async function showWeek() {
   const showing = ++showings;
   const day = shownDay();
-  const title = showsAll ? dayName(day)
+  const title = showsAll ? dateName(day)
     : `${TEXT.tunerOf(schedules.tuner)}: ${weekName(day, day + 6 * DAY)}`;
   const columns = showsAll
     ? await Promise.all(schedules.tuners().map((tuner) => readTuner(tuner, day))) : daysOfWeek(day);
@@ -94,7 +106,7 @@ function showList(start = listStart) {
   const { plans, clock } = schedules;
   const found = plans.filter(({ schedule }) => matches(schedule, find("#filter").value));
   listStart = start < found.length ? start : 0;
-  listView.show(found, listStart, clock.now(), plans.length ? TEXT.noMatch : TEXT.empty);
+  listView.show(plans, found, listStart, clock, plans.length ? TEXT.noMatch : TEXT.empty);
 }
 
 /** Shows what a turn has read, unless a later one has begun. */
@@ -116,7 +128,7 @@ async function read(tuner = schedules.tuner) {
   }
   find("#all-tuners").ariaPressed = String(showsAll);
   find("#list-title").textContent = TEXT.listOf(tuner);
-  find("#tuner").value = tuner < tunerButtons.length ? "" : tuner;
+  find("#tuner").value = showsAll || tuner < tunerButtons.length ? "" : tuner;
   const loading = schedules.load(tuner);
   if (isOther && !showsAll) show(schedules.turn); // nothing of the former tuner meanwhile
   const turn = await loading;
@@ -127,6 +139,7 @@ async function read(tuner = schedules.tuner) {
 /** Runs an action, and says in words what went wrong. */
 async function guard(action) {
   find("#alert").hidden = true;
+  if (find("#undo").hidden) tell(""); // what an earlier action has done
   try {
     await action();
   } catch (problem) {
@@ -136,13 +149,21 @@ async function guard(action) {
   }
 }
 
-/** Says what is done, and offers for a while to undo it. */
+/** Says what is done, and offers to undo it for a while, or as long as the offer has the focus. */
 function tell(text, undo) {
+  const button = find("#undo");
+  const expire = () => {
+    if (document.activeElement === button) undoing = setTimeout(expire, UNDO_TIME);
+    else button.hidden = true;
+  };
   clearTimeout(undoing);
   find("#done").textContent = text;
-  find("#undo").hidden = !undo;
-  find("#undo").onclick = () => guard(() => change(undo, () => tell(TEXT.undone)));
-  if (undo) undoing = setTimeout(() => { find("#undo").hidden = true; }, UNDO_TIME);
+  button.hidden = !undo;
+  button.onclick = () => guard(() => change(undo, ([first]) => {
+    tell(TEXT.undone);
+    refocus(`row ${first.primeid}`, find("#create"));
+  }));
+  if (undo) undoing = setTimeout(expire, UNDO_TIME);
 }
 
 /** Changes something, reads what stands afterwards even on failure, and tells what is done. */
@@ -167,9 +188,10 @@ async function ask(text, verb) {
   return question.returnValue === "yes";
 }
 
-/** Asks once, then does it. */
+/** Asks once about the shown tuner, then does it. */
 async function confirm({ text, verb, done }, action) {
-  if (await ask(text, verb)) await change(action, () => tell(done));
+  const { tuner } = schedules;
+  if (await ask(text(tuner), verb)) await change(action, () => tell(done(tuner)));
 }
 
 function save(draft, old) {
@@ -181,14 +203,17 @@ function save(draft, old) {
   }, draft.tuner);
 }
 
+const boxOf = (schedule) =>
+  schedule && find(`.box[data-key^="${CSS.escape(`box ${schedule.primeid} `)}"]`);
+
 /** Shows a schedule in the week: the shown one if it is there, otherwise that of its start. */
-async function reveal({ primeid, start }) {
-  const boxOf = () => find(`.box[data-key^="${CSS.escape(`box ${primeid} `)}"]`);
-  if (!boxOf()) {
-    shownWall = wallOf(start);
+async function reveal(schedule) {
+  if (!boxOf(schedule)) {
+    shownWall = wallOf(schedule.start);
     await showWeek();
   }
-  boxOf()?.scrollIntoView({ block: "center" });
+  boxOf(schedule)?.scrollIntoView({ block: "center" });
+  revealed = schedule;
 }
 
 async function remove(chosen) {
@@ -197,7 +222,11 @@ async function remove(chosen) {
   const text = [(chosen.some(isRepeat) ? TEXT.removeAll : TEXT.remove)(what)];
   if (chosen.some((one) => one.title && !one.is_userdefine)) text.push(TEXT.losesTitle);
   if (!await ask(text.join(" "), TEXT.delete)) return false;
-  return change(() => schedules.remove(chosen), (undo) => tell(TEXT.deleted(what), undo));
+  return change(() => schedules.remove(chosen), (undo) => {
+    listView.untick(chosen);
+    tell(TEXT.deleted(what), undo);
+    find("#undo").focus();
+  });
 }
 
 const BUTTONS = {

@@ -1,12 +1,14 @@
 // The dialog in which a recording of any kind is created, changed and deleted.
 import { followDate, newForm, storedForm } from "./form.js";
 import { isSame } from "./schedules.js";
-import { TEXT, explain } from "./text.js";
-import { collisionsWith, planOf, secondsOf, wallOf, weekdayOf } from "./week.js";
+import { LOCALE, TEXT, explain } from "./text.js";
+import { collisionsWith, hasEnded, planOf, secondsOf, wallOf, weekdayOf } from "./week.js";
 import { FIRST_WEEKDAY, LONG_SUNDAY_FIRST, SUNDAY_FIRST, nameOf, whenOf } from "./words.js";
 
+const LIST = new Intl.ListFormat(LOCALE);
 const NAMED_COLLISIONS = 4;
 const USUAL_LENGTH = 1800;
+const DOUBLE_CLICK = 500; // milliseconds
 
 const storage = () => { try { return localStorage; } catch { return {}; } }; // it may be forbidden
 
@@ -24,6 +26,7 @@ export function makeDialog(dialog, schedules, actions) {
   let plan = null; // of the schedule that is changed
   let isPlain = false; // whether that one has no title and length of the user's own
   let wasMoved = false;
+  let openedAt = -Infinity; // milliseconds
   let opened = ""; // what the fields said when the dialog was opened
   let warnings = 0; // counts; what an earlier one still gets is not shown
 
@@ -60,6 +63,8 @@ export function makeDialog(dialog, schedules, actions) {
     setPlan(chosen, values.plain);
     opened = entered();
     dialog.showModal();
+    openedAt = performance.now();
+    find("input:enabled, select:enabled").focus();
   }
 
   // The channel used last comes first.
@@ -101,8 +106,8 @@ export function makeDialog(dialog, schedules, actions) {
         part.hidden = (part.control ?? part).disabled = !shown; // of a label, the field
       }
     }
-    const hint = plain.checked ? TEXT.loses : TEXT.keeps;
-    find("#kind .quiet").textContent = plan ? hint : TEXT.plainNew;
+    const [ticked, unticked] = plan ? [TEXT.loses, TEXT.keeps] : [TEXT.plainNew, ""];
+    find("#kind .quiet").textContent = plain.checked ? ticked : unticked;
     fields.end.disabled = fields.endless.checked;
     fields.end.min = fields.date.value;
     if (fields.date.value) testDays(name === "date");
@@ -148,23 +153,28 @@ export function makeDialog(dialog, schedules, actions) {
   async function showWarning() {
     const turn = ++warnings;
     const own = draft();
-    if (Number.isNaN(own.wall)) return;
+    if (Number.isNaN(own.wall)) return say(false, [], false);
     const wanted = wantedOf(own);
-    find("#passed").hidden = own.repeats || wanted.epoch + wanted.length > schedules.clock.now();
     const plans = await schedules.plansOf(own.tuner).catch(() => []);
     if (turn !== warnings) return;
     const others = plans.filter((other) => !plan || !isSame(other.schedule, plan.schedule));
     // The store has one form for a start: a second one would take the place of the first.
     const isTwin = ({ epoch, schedule }) => epoch === wanted.epoch && schedule.is_userdefine;
-    fields.time.setCustomValidity(!own.plain && others.some(isTwin) ? TEXT.taken : "");
-    const names = collisionsWith(wanted, others, schedules.clock)
-      .map((other) => `${nameOf(other.schedule)} (${whenOf(other)})`);
-    if (names.length > NAMED_COLLISIONS) names.splice(NAMED_COLLISIONS, Infinity, TEXT.others);
-    const collides = names.length ? TEXT.collides(names.join(", ")) : "";
-    find("#collisions").textContent = collides;
-    const free = collides && await schedules.freeTuner(wanted).catch(() => undefined);
-    if (turn !== warnings || !collides || free === undefined) return;
-    find("#collisions").textContent = `${collides} ${TEXT.free(free)}`;
+    const { clock } = schedules;
+    const collisions = collisionsWith(wanted, others, clock);
+    say(hasEnded(wanted, clock.now(), clock), collisions, !own.plain && others.some(isTwin));
+    const free = collisions.length && await schedules.freeTuner(wanted).catch(() => undefined);
+    if (turn !== warnings || !collisions.length || free === undefined) return;
+    find("#collisions").append(` ${TEXT.free(free)}`);
+  }
+
+  function say(hasPassed, collisions, isTaken) {
+    find("#passed").hidden = !hasPassed;
+    fields.time.setCustomValidity(isTaken ? TEXT.taken : "");
+    const names = collisions.slice(0, NAMED_COLLISIONS)
+      .map((one) => TEXT.quoted(nameOf(one.plan.schedule), whenOf({ wall: one.begin })));
+    if (collisions.length > NAMED_COLLISIONS) names.push(TEXT.others);
+    find("#collisions").textContent = names.length ? TEXT.collides(LIST.format(names)) : "";
   }
 
   async function run(action) {
@@ -175,6 +185,7 @@ export function makeDialog(dialog, schedules, actions) {
       if (await action() !== false) dialog.close();
     } catch (problem) {
       find("#problem").textContent = explain(problem);
+      find("#problem").scrollIntoView({ block: "nearest" });
       if (problem.code !== "gone" && problem.code !== 402) return;
       fields.plain.checked = false; // what was entered can be stored anew
       setPlan(null);
@@ -200,6 +211,14 @@ export function makeDialog(dialog, schedules, actions) {
     event.preventDefault();
     leave();
   });
+  // The second half of a double click that opened the dialog is not meant for what lies there now.
+  for (const type of ["mousedown", "click"]) {
+    dialog.addEventListener(type, (event) => {
+      if (event.detail < 2 || performance.now() - openedAt > DOUBLE_CLICK) return;
+      event.preventDefault();
+      event.stopPropagation();
+    }, true);
+  }
   form.addEventListener("input", (event) => changed(event.target.name));
   form.addEventListener("submit", (event) => {
     event.preventDefault();

@@ -199,7 +199,7 @@ export class Schedules {
 
   /**
    * Deletes schedules of any kind. If one fails, the others are still tried. Returns a function
-   * that stores them again, as far as #draftOf() can.
+   * that stores them again, as far as #draftOf() can, and returns what is read back of them.
    */
   async remove(schedules) {
     const drafts = [];
@@ -211,6 +211,10 @@ export class Schedules {
     const rule = drafts.find(({ plain, repeats }) => plain && repeats);
     if (rule) calls.push(["delete_userdefine", { tuner: rule.tuner, id: 0 }]);
     await forEach(calls, 1, (call) => this.#api.call(...call));
-    return () => forEach(drafts, 1, (draft) => this.#store(draft, draft.start_time));
+    return async () => {
+      const stored = [];
+      await forEach(drafts, 1, async (one) => stored.push(await this.#store(one, one.start_time)));
+      return stored;
+    };
   }
 }

@@ -194,18 +194,27 @@ export function drawn(from, to) {
   return { start, duration: Math.abs(to - from) < STEP ? UNKNOWN_LENGTH : end - start };
 }
 
+/** Whether a plan records nothing any more after an epoch. */
+export function hasEnded(plan, now, clock) {
+  if (!plan.selected) return plan.epoch + plan.length <= now;
+  if (plan.lastDay === Infinity) return false;
+  const last = occurrencesOf(plan, plan.lastDay - 6 * DAY, plan.lastDay, clock).at(-1);
+  return !last || last.endEpoch <= now;
+}
+
 /**
- * The plans with which a new one would collide. One week after both have begun shows every way in
- * which two rules can meet.
+ * What a new plan would collide with: of each plan, the first occurrence. One week after both have
+ * begun shows every way in which two rules can meet.
  */
 export function collisionsWith(candidate, plans, clock) {
-  return plans.filter((plan) => {
+  const firstWith = (plan) => {
     const spread = Math.ceil(Math.max(plan.length, candidate.length) / DAY) * DAY;
     const first = Math.max(dayOf(plan.wall), dayOf(candidate.wall));
     const last = Math.min(plan.lastDay, candidate.lastDay, first + 7 * DAY);
     const [from, to] = [Math.min(first, last) - spread, Math.max(first, last) + spread];
-    const theirs = occurrencesOf(plan, from, to, clock);
-    return occurrencesOf(candidate, from, to, clock)
-      .some((mine) => theirs.some((other) => overlap(mine, other)));
-  });
+    const mine = occurrencesOf(candidate, from, to, clock);
+    return occurrencesOf(plan, from, to, clock)
+      .find((theirs) => mine.some((own) => overlap(own, theirs)));
+  };
+  return plans.map(firstWith).filter(Boolean);
 }

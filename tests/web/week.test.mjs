@@ -50,17 +50,33 @@ test("the one-shot schedule that is made of a repeat schedule is shown once", ()
   assert.equal(countsOf(plan("2025-07-01 20:00", 30, { id: "7" }), rule), "1211111");
 });
 
-test("what a wanted recording would collide with", () => {
+test("what a wanted recording would collide with, and where first", () => {
   const stored = [plan("2025-07-01 20:00", 60), plan("2025-06-01 12:00", 30, { days: EVERY_DAY }),
     plan("2025-09-01 08:00", 30, { days: "0,1,0,0,0,0,0" }), plan("2025-06-29 22:00", 24 * 60)];
   const cases = [
-    ["2025-07-01 20:59", 30, {}, [0]], ["2025-07-01 21:00", 30, {}, []],
-    ["2025-06-30 21:59", 1, {}, [3]], ["2025-07-01 19:30", 31, { days: EVERY_DAY }, [0]],
-    ["2025-07-05 08:15", 5, { days: "0,1,0,0,0,0,1" }, [2]],
-    ["2025-06-30 23:30", 13 * 60, { days: EVERY_DAY, weekly: false }, [1]]];
-  for (const [start, minutes, rule, expected] of cases) {
-    const found = collisionsWith(plan(start, minutes, rule), stored, utc);
-    assert.deepEqual(found.map((one) => stored.indexOf(one)), expected, start);
+    ["2025-07-01 21:00", 30, {}], ["2025-07-01 20:59", 30, {}, 0, "2025-07-01 20:00"],
+    ["2025-06-30 21:59", 1, {}, 3, "2025-06-29 22:00"],
+    ["2025-07-01 19:30", 31, { days: EVERY_DAY }, 0, "2025-07-01 20:00"],
+    ["2025-07-05 08:15", 5, { days: "0,1,0,0,0,0,1" }, 2, "2025-09-01 08:00"],
+    ["2025-06-30 23:30", 13 * 60, { days: EVERY_DAY, weekly: false }, 1, "2025-07-01 12:00"]];
+  for (const [start, minutes, rule, other, begin] of cases) {
+    const [found] = collisionsWith(plan(start, minutes, rule), stored, utc);
+    assert.deepEqual([found?.plan, found?.begin], [stored[other], begin && wallOf(begin)], start);
+  }
+});
+
+test("a recording has ended when its end has passed, a rule when that of its last day has", () => {
+  const now = wallOf("2025-07-03 12:00"); // a Thursday
+  const daily = { days: EVERY_DAY };
+  const cases = [
+    ["2025-07-03 11:30", {}, true], ["2025-07-03 11:31", {}, false],
+    ["2025-06-01 11:30", daily, false],
+    ["2025-06-01 11:30", { ...daily, end: "2025-07-03" }, true],
+    ["2025-06-01 11:31", { ...daily, end: "2025-07-03" }, false],
+    ["2025-06-02 20:00", { days: "0,1,0,0,0,0,0", end: "2025-07-05" }, true],
+    ["2025-06-27 11:30", { ...daily, weekly: false }, true]];
+  for (const [start, rule, expected] of cases) {
+    assert.equal(week.hasEnded(plan(start, 30, rule), now, utc), expected, start);
   }
 });
 
