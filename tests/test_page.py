@@ -275,10 +275,11 @@ def test_page_draws_moves_and_lengthens_with_the_mouse(page):
     page.see(".box", "Choir").send_keys(Keys.ENTER)  # no drag takes it for its own click
     page.see("#recording[open] .cancel").click()
     page.see("#all-tuners").click()
+    page.see("main[aria-busy=false]")
     page.see("#previous").click()
     page.see(f".day[data-tuner='1'][data-day='{wall_of(monday)}']")
     page.drag((monday, "09:30", 0), (monday, "09:45", 1))
-    assert page.see("[name=tuner] :checked").text == "1"
+    page.see("#recording[open] [name=tuner] :checked", "1")
     assert page.browser.execute_script(FORM)[2] == "09:15"
 
 
