@@ -52,7 +52,7 @@ assert.equal(made?.title, show.title);
 const form = successOf(await api.getinfoUserdefine({
   body: { method: "getinfo_userdefine", tuner, start_time: made.start_time },
 })).data;
-successOf(await api.editUserdefine({
+successOf(await api.editUserdefineRepeat({
   body: { method: "edit_userdefine", ...show, orig_start_date: show.start_date,
     orig_start_time: "10:10", start_time: "10:40", duration: form.duration, is_repeat: true,
     weekdaystatus: days, end_date: form.end_date, isweekly: true },
@@ -69,7 +69,7 @@ console.log("hey-api: all methods work");
 export function mistakes() {
   // @ts-expect-error: without an id
   api.delete_({ body: { method: "delete", tuner } });
-  api.createUserdefine({
+  api.createUserdefineRepeat({
     // @ts-expect-error: a rule without its days
     body: { method: "create_userdefine", ...show, start_time: "10:10", is_repeat: true },
   });

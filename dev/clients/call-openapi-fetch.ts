@@ -63,7 +63,7 @@ assert.equal(made?.title, show.title);
 const form = successOf(await POST("/webapi/schedule_recording#getinfo_userdefine", {
   body: { method: "getinfo_userdefine", tuner, start_time: made.start_time },
 })).data;
-successOf(await POST("/webapi/schedule_recording#edit_userdefine", {
+successOf(await POST("/webapi/schedule_recording#edit_userdefine_repeat", {
   body: { method: "edit_userdefine", ...show, orig_start_date: show.start_date,
     orig_start_time: "10:10", start_time: "10:40", duration: form.duration, is_repeat: true,
     weekdaystatus: days, end_date: form.end_date, isweekly: true },
@@ -80,7 +80,7 @@ console.log("openapi-fetch: all methods work");
 export function mistakes() {
   // @ts-expect-error: without an id
   POST("/webapi/schedule_recording#delete", { body: { method: "delete", tuner } });
-  POST("/webapi/schedule_recording#create_userdefine", {
+  POST("/webapi/schedule_recording#create_userdefine_repeat", {
     // @ts-expect-error: a rule without its days
     body: { method: "create_userdefine", ...show, start_time: "10:10", is_repeat: true },
   });
