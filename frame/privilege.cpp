@@ -42,9 +42,8 @@ Json::Value& ObjectAt(Json::Value& value)
 /// is too deep; the stream throws if the file cannot be read although it opens.
 bool Parse(std::istream& stream, Json::Value& document)
 {
-    constexpr bool kCollectComments = true;
     try {
-        return Json::Reader().parse(stream, document, kCollectComments);
+        return Json::Reader().parse(stream, document);
     } catch (std::exception const&) {
         document = Json::Value(Json::objectValue); // half a document must not grant anything
         return false;

@@ -182,10 +182,7 @@ bool MoveTemporary(std::string const& path)
 bool WriteWholeFile(std::string const& path, std::string_view text, unsigned newMode)
 {
     UniqueFd const fd = WriteTemporary(path, text, newMode);
-    if (!fd) {
-        return false;
-    }
-    if (::fsync(fd.Get()) != 0) {
+    if (!fd || ::fsync(fd.Get()) != 0) {
         RemoveTemporaryOf(path);
         return false;
     }

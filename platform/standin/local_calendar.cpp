@@ -34,10 +34,7 @@ std::array<bool, 7> ParseWeekdays(char const* text)
     for (bool& day : selected) {
         day = std::strtol(text, nullptr, 10) == 1;
         text += std::strcspn(text, ",");
-        if (*text == '\0') {
-            break;
-        }
-        ++text;
+        text += *text == ',' ? 1 : 0;
     }
     return selected;
 }

@@ -53,12 +53,9 @@ class Recurrence {
 public:
     Recurrence(Json::Value const& record, int start)
         : m_duration(DurationOf(record)), m_first(LocalTime(start)), m_firstDay(DayOf(m_first)),
-          m_lastDay(sys_days::max()),
+          m_lastDay(ParseDate(TextOf(record, member::kEndDate).c_str()).value_or(sys_days::max())),
           m_selected(ParseWeekdays(TextOf(record, member::kWeekdayStatus).c_str()))
     {
-        if (auto const end = ParseDate(TextOf(record, member::kEndDate).c_str())) {
-            m_lastDay = *end;
-        }
         if (!FlagOf(record, member::kIsWeekly)) {
             m_lastDay = std::min(m_lastDay, m_firstDay + days(6));
         }

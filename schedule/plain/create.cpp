@@ -54,14 +54,11 @@ bool ScheduleRecordingAPI::CreateSchedule()
     if (!uid) {
         return false;
     }
-    Json::Value ids;
+    Json::Value const ids = KALD::WebAPIUtil::ParseToArray(id.c_str(), ",");
     Json::Value starts;
+    starts.append(start); // a comma in the start alone makes no list
     if (isList) {
-        ids = KALD::WebAPIUtil::ParseToArray(id.c_str(), ",");
         starts = KALD::WebAPIUtil::ParseToArray(start.c_str(), ",");
-    } else { // a comma in the start alone makes no list
-        ids.append(id);
-        starts.append(start);
     }
     std::optional<int> const error = StoreAll(*tuner, ids, starts, *uid);
     if (error) {

@@ -12,8 +12,6 @@
 
 #include <strings.h>
 
-#include <algorithm>
-#include <iterator>
 #include <utility>
 
 namespace {
@@ -88,11 +86,12 @@ void DropNamed(Json::Value& records, std::set<int> const& starts, int tuner)
 
 Json::StaticString const* TextMemberOf(char const* parameter)
 {
-    auto const* const field =
-        std::find_if(std::begin(kTextFields), std::end(kTextFields), [=](TextField const& each) {
-            return ::strcasecmp(each.parameter, parameter) == 0;
-        });
-    return field != std::end(kTextFields) ? &field->member : nullptr;
+    for (TextField const& field : kTextFields) {
+        if (::strcasecmp(field.parameter, parameter) == 0) {
+            return &field.member;
+        }
+    }
+    return nullptr;
 }
 
 int ScheduleRecordingAPI::SaveUserDefineRecord()
