@@ -122,16 +122,17 @@ class Page:
         self.click_until("#question[open] button", answer, words)
 
     def drag(self, *stops, key=None):
-        """Moves the pressed mouse from one day, time and tuner to others, or out of the week (None).
+        """Moves the pressed mouse from one day, time and tuner to others, or out of the week.
 
-        A key is pressed on the way.
+        A stop of None is outside. A key is pressed on the way.
         """
         mouse = webdriver.ActionChains(self.browser, 0)
         pointer = mouse.w3c_actions.pointer_action
         for stop in stops:
             day, time, *tuner = stop or (TODAY, "00:00")
             place = wall_of(day), 60 * int(time[:2]) + int(time[3:]), *(tuner or [0])
-            pointer.move_to_location(*(self.browser.execute_script(PLACE, *place) if stop else (5, 5)))
+            inside = self.browser.execute_script(PLACE, *place)
+            pointer.move_to_location(*(inside if stop else (5, 5)))
             if stop is stops[0]:
                 pointer.pointer_down()
             mouse.perform()
