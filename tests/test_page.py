@@ -129,10 +129,12 @@ class Page:
         mouse = webdriver.ActionChains(self.browser, 0)
         pointer = mouse.w3c_actions.pointer_action
         for stop in stops:
-            day, time, *tuner = stop or (TODAY, "00:00")
-            place = wall_of(day), 60 * int(time[:2]) + int(time[3:]), *(tuner or [0])
-            inside = self.browser.execute_script(PLACE, *place)
-            pointer.move_to_location(*(inside if stop else (5, 5)))
+            point = 5, 5
+            if stop:
+                day, time, *tuner = stop
+                place = wall_of(day), 60 * int(time[:2]) + int(time[3:]), *(tuner or [0])
+                point = self.browser.execute_script(PLACE, *place)
+            pointer.move_to_location(*point)
             if stop is stops[0]:
                 pointer.pointer_down()
             mouse.perform()
