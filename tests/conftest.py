@@ -7,6 +7,7 @@ import glob
 import json
 import os
 import re
+import shlex
 import shutil
 import subprocess
 import types
@@ -40,6 +41,7 @@ locked:!:1028:100::/:
 nouid:x:4294967295:100::/:
 """
 needs_root = pytest.mark.skipif(os.geteuid() != 0, reason="needs what only root can do")
+EMPTY_LIST = {"schedules": [], "start": 0, "total": 0}
 FOLDER = {"section": "tv_record", "share": "video", "subpath": "tv"}
 HEAD = "Content-Type: application/json; charset=utf-8\r\nCache-Control: no-store"
 
@@ -245,13 +247,17 @@ def appliance(build, request):
 
 
 @contextlib.contextmanager
-def sample_server(program, appliance, folder):
-    """A web server that runs a program over the sample appliance. Its `url` is on the loopback
-    interface; the endpoint is at /webapi/schedule_recording; each login is its own password."""
-    if appliance.emulator:
+def sample_server(build, folder, under=()):
+    """A web server that runs the program, by a command if one is given, over the sample appliance.
+    Its `url` is on the loopback interface; the endpoint is at /webapi/schedule_recording; each
+    login is its own password."""
+    if build.emulator:
         pytest.skip("a web server cannot start a program of another processor")
+    appliance = Appliance(build)
     appliance.lay_sample()
-    logins, log = folder / "logins", folder / "log"
+    program, logins, log = (folder / name for name in ("schedule_recording", "logins", "log"))
+    program.write_text(f"#!/bin/sh\nexec {shlex.join([*under, str(build.program)])}\n")
+    program.chmod(0o755)
     shutil.copy(appliance.path("etc/logins"), logins)
     with lighttpd(program, logins, log) as (_, port):
         yield types.SimpleNamespace(url=f"http://127.0.0.1:{port}", appliance=appliance)
@@ -260,5 +266,5 @@ def sample_server(program, appliance, folder):
 
 @pytest.fixture
 def web_server(build, tmp_path):
-    with sample_server(build.program, Appliance(build), tmp_path) as server:
+    with sample_server(build, tmp_path) as server:
         yield server

@@ -82,5 +82,4 @@ struct OtherApi : Tremolane::VideoWebAPI {
 int main()
 {
     OtherApi().Run();
-    return 0;
 }

@@ -70,4 +70,5 @@ class Schedule:
 
 SHOW = Schedule("2033-05-18", "20:15", "01:00", "Show", "7@474")
 OTHER = Schedule("2033-05-21", "20:15", "01:00", "Other", "8@490")
+STOP_SHOW = f"stop 0 {SHOW.start} 474 7"  # the command of the tuner daemon
 WEEKLY = Schedule("2033-05-19", "18:00", "00:30", "Weekly", "9@500", "0,0,0,0,1,0,0", "2033-12-31")

@@ -3,10 +3,9 @@ import json
 import os
 
 import pytest
-from conftest import Answer, case
+from conftest import EMPTY_LIST, Answer, case
 
 DTV = {"1026": {"dtv": True}}
-EMPTY = {"schedules": [], "start": 0, "total": 0}
 
 
 @pytest.mark.parametrize("user, users, code", [
@@ -16,14 +15,14 @@ EMPTY = {"schedules": [], "start": 0, "total": 0}
         {"1026": {"dtv": False, "sharing": True, "renderer": True}}))], ids=json.dumps)
 def test_access_of_user(appliance, user, users, code):
     answer = appliance.store(users=users).request("list", user, sharing_id="x")
-    assert answer == Answer(code, EMPTY if code is None else None)
+    assert answer == Answer(code, EMPTY_LIST if code is None else None)
 
 
 def test_access_without_account_is_that_of_uid_0(appliance):
     log = ["privilege:40 no account for login [nobody]"]
     assert appliance.request("list", "nobody") == Answer(100, log=log)
     appliance.store(users={"0": {"dtv": True}})
-    assert appliance.request("list", "nobody") == Answer(100, EMPTY, log)
+    assert appliance.request("list", "nobody") == Answer(100, EMPTY_LIST, log)
 
 
 NO_FILE = "61 failed to access config file [{}] "

@@ -1,10 +1,9 @@
 """delete_userdefine: schedules of both kinds, and their records."""
 import pytest
 from conftest import Answer, case
-from schedules import SHOW, WEEKLY
+from schedules import SHOW, STOP_SHOW, WEEKLY
 
 OTHERS = [SHOW.record(tuner=1), {"tuner": 0, "event_name": "Without a start"}]
-STOP = f"stop 0 {SHOW.start} 474 7"
 
 
 @pytest.fixture
@@ -19,9 +18,9 @@ def delete(appliance, *starts):
 
 @pytest.mark.parametrize("starts, code, changes", [
     case("both kinds, one reload", (SHOW.start, WEEKLY.start), None, {
-        "one_shot": [], "repeat": [], "user_defined": OTHERS, "commands": [STOP, "reload"]}),
+        "one_shot": [], "repeat": [], "user_defined": OTHERS, "commands": [STOP_SHOW, "reload"]}),
     *(case(name, starts, code, {"one_shot": [], "user_defined": [WEEKLY, *OTHERS],
-                                "commands": [STOP, "reload"]}) for name, starts, code in [
+                                "commands": [STOP_SHOW, "reload"]}) for name, starts, code in [
         ("unknown start", (5, SHOW.start), None), ("no number", ("x", SHOW.start), None),
         ("named twice", (SHOW.start, SHOW.start), 402)]),
     case("none stored", (5, "x"), None, {

@@ -3,12 +3,11 @@ import pytest
 from conftest import Answer, case, dangling_link
 from every_method import MADE, NEW, NEW_RULE, PASSED, RULE, STORED, edit_of
 from faults import daemon_fails, daemon_log, save_fails, save_log
-from schedules import OTHER, SHOW, WEEKLY, Schedule
+from schedules import OTHER, SHOW, STOP_SHOW, WEEKLY, Schedule
 
 LATER = Schedule("2033-05-17", "20:30", "01:00", "Later", "7@474", "0,0,1,0,0,0,1", "2033-08-01")
 DURING = WEEKLY.but(days=None, end_date="1", title="During")
 ENDED = SHOW.but(time="20:30", days="1,1,1,1,1,1,1", end_date="2033-05-10")
-STOP = f"stop 0 {SHOW.start} 474 7"
 
 
 @pytest.fixture
@@ -26,7 +25,7 @@ def edit(appliance, old, new, **changes):
 def commands_of(old, new):
     """Before anything changes, the daemon is asked to reload for a new one-shot schedule."""
     tested = [] if new.is_repeat else ["reload"]
-    deleted = [] if old.is_repeat else [STOP, "reload"]
+    deleted = [] if old.is_repeat else [STOP_SHOW, "reload"]
     return [*tested, *deleted, "reload"]
 
 

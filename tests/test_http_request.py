@@ -3,11 +3,10 @@ import os
 import re
 
 import pytest
-from conftest import Answer, case
+from conftest import EMPTY_LIST, Answer, case
 from test_create import made
 
-EMPTY = {"schedules": [], "start": 0, "total": 0}
-LIST, BAD, NOTHING = Answer(data=EMPTY), Answer(101), Answer()
+LIST, BAD, NOTHING = Answer(data=EMPTY_LIST), Answer(101), Answer()
 CREATE = "method=create&tuner=0&id=7@474&start_time=1000"
 CREATED = {"one_shot": [made()], "commands": ["reload"]}
 FORM, MIB = "application/x-www-form-urlencoded", 1 << 20
@@ -19,7 +18,7 @@ CHUNKED = {"HTTP_TRANSFER_ENCODING": "chunked"}
     case("the first counts", "method=list&method=x", LIST),
     case("text ends at NUL", "method=list%00x&start=0%00x", LIST),
     case("broken escapes", "method=list&%=%&%zz=%4&&=&=x", LIST),
-    case("plus is a blank", "method=list&limit=+1", Answer(101, EMPTY)),
+    case("plus is a blank", "method=list&limit=+1", Answer(101, EMPTY_LIST)),
     case("a thousand", "method=list" + "".join(f"&p{i}=1" for i in range(999)), LIST),
     case("more", "method=list" + "".join(f"&p{i}=1" for i in range(1000)), Answer(101))])
 def test_request_in_query_string(appliance, query, answer):

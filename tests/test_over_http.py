@@ -2,13 +2,12 @@
 import json
 import os
 import re
-import shlex
 import subprocess
 import sys
 
 import pytest
 from answers import observe
-from conftest import SOURCE, Appliance, program_environment, sample_server
+from conftest import SOURCE, program_environment, sample_server
 
 PAGE, CLIENTS = ((SOURCE / "docs" / name).read_text(encoding="utf-8")
                  for name in ("api.md", "clients.md"))
@@ -58,9 +57,6 @@ def test_clock_reading_names_the_exact_start_beyond_a_change_of_the_clocks(build
     berlin, new_york = (
         ["env", *map("=".join, program_environment("2026-11-24 20:23", zone, True).items())]
         for zone in ("Europe/Berlin", "America/New_York"))
-    program = tmp_path / "schedule_recording"
-    program.write_text(f"#!/bin/sh\nexec {shlex.join(berlin)} '{build.program}'\n")
-    program.chmod(0o700)
-    with sample_server(program, Appliance(build), tmp_path) as server:
+    with sample_server(build, tmp_path, under=berlin) as server:
         printed = output_of(block(PAGE, "python"), server, *new_york, sys.executable)
     assert printed == block(PAGE, "text")

@@ -6,7 +6,7 @@ import re
 import zoneinfo
 
 import pytest
-from conftest import SOURCE, Appliance, case, sample_server
+from conftest import SOURCE, case, sample_server
 
 webdriver = pytest.importorskip("selenium.webdriver", reason="there is no python3-selenium")
 from selenium.common.exceptions import StaleElementReferenceException  # noqa: E402
@@ -21,12 +21,13 @@ MARKUP = """<img src=x onerror="document.title='run'">"""
 TITLES = """
     return [...document.querySelectorAll(".box .title")].map((title) => title.textContent);"""
 PLACE = """
-    const [day, minute, tuner] = arguments, section = document.querySelector(".days");
+    const [day, time, tuner = 0] = arguments, section = document.querySelector(".days");
+    const part = (60 * time.slice(0, 2) + Number(time.slice(3))) / 1440;
     const column =
       document.querySelector(`.day[data-day="${day}"][data-tuner="${tuner}"] .times`);
-    section.scrollTop = column.offsetHeight * minute / 1440 - section.clientHeight / 2;
+    section.scrollTop = column.offsetHeight * part - section.clientHeight / 2;
     const { left, top, height } = column.getBoundingClientRect();
-    return [Math.round(left + 20), Math.round(top + height * minute / 1440)];"""
+    return [Math.round(left + 20), Math.round(top + height * part)];"""
 FORM = """
     const fields = document.querySelector("#recording form").elements;
     return ["title", "date", "time", "duration"].map((name) => fields[name].value);"""
@@ -57,12 +58,9 @@ def flags_of(day):
 def server(build, tmp_path_factory):
     """A web server over a sample appliance in Berlin."""
     folder = tmp_path_factory.mktemp("page")
-    program = folder / "schedule_recording"
-    program.write_text(f"#!/bin/sh\nTZ={BERLIN.key} exec {build.program}\n", encoding="ascii")
-    program.chmod(0o755)
     with pytest.MonkeyPatch.context() as patch:
         patch.setenv("TZ", BERLIN.key)  # for the sample
-        with sample_server(program, Appliance(build), folder) as web:
+        with sample_server(build, folder, under=["env", f"TZ={BERLIN.key}"]) as web:
             yield web
 
 
@@ -131,9 +129,7 @@ class Page:
         for stop in stops:
             point = 5, 5
             if stop:
-                day, time, *tuner = stop
-                place = wall_of(day), 60 * int(time[:2]) + int(time[3:]), *(tuner or [0])
-                point = self.browser.execute_script(PLACE, *place)
+                point = self.browser.execute_script(PLACE, wall_of(stop[0]), *stop[1:])
             pointer.move_to_location(*point)
             if stop is stops[0]:
                 pointer.pointer_down()
@@ -260,7 +256,7 @@ def test_page_draws_moves_and_lengthens_with_the_mouse(page):
             ((monday, "03:02"), (monday, "03:47"), "", monday, "03:00", "00:50"),
             ((monday, "03:02"), (monday, "03:02"), "", monday, "03:00", "00:30"),
             ((tuesday, "11:43"), (tuesday, "12:34"), "Choir", tuesday, "10:40", "01:55"),
-            ((tuesday, "11:00"), (monday, "09:22"), "Choir", monday, "09:00", "01:05")]:
+            ((tuesday, "11:00"), (monday, "05:22"), "Choir", monday, "05:00", "01:05")]:
         page.drag(start, end, key=Keys.ESCAPE)
         page.drag(start, None)
         for stop in end, (monday, "07:25"):  # from a repeat schedule, which stays
@@ -274,16 +270,16 @@ def test_page_draws_moves_and_lengthens_with_the_mouse(page):
             page.see("#recording .cancel").click()
     assert page.records() == before
     page.save()
-    assert {one[:2] for one in page.records() - before} == {(monday.replace(hour=9), "Choir")}
+    assert {one[:2] for one in page.records() - before} == {(monday.replace(hour=5), "Choir")}
     page.see(".box", "Choir").send_keys(Keys.ENTER)  # no drag takes it for its own click
     page.see("#recording[open] .cancel").click()
     page.see("#all-tuners").click()
     page.see("main[aria-busy=false]")
     page.see("#previous").click()
     page.see(f".day[data-tuner='1'][data-day='{wall_of(monday)}']")
-    page.drag((monday, "09:30", 0), (monday, "09:45", 1))
+    page.drag((monday, "05:30", 0), (monday, "05:45", 1))
     page.see("#recording[open] [name=tuner] :checked", "1")
-    assert page.browser.execute_script(FORM)[2] == "09:15"
+    assert page.browser.execute_script(FORM)[2] == "05:15"
 
 
 def test_page_shows_all_tuners_filters_the_list_and_prints_one_page(page):

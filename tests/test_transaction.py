@@ -5,7 +5,7 @@ import os
 import pytest
 from conftest import ETC, FOLDER, Answer, case, needs_root
 from faults import failing, save_log
-from schedules import SHOW
+from schedules import SHOW, STOP_SHOW
 from test_create import create, made
 
 LOCK, JOURNAL = f"{ETC}/.schedules.lock", f"{ETC}/.schedules.journal"
@@ -81,7 +81,7 @@ def test_change_without_room_is_rolled_back(appliance, call):
     assert answer == Answer(100, log=[
         *log, "a device failed or is full: the request is rolled back",
         "rolled back an unfinished request"])
-    appliance.expect_changes(commands=[f"stop 0 {SHOW.start} 474 7", "reload", "reload"])
+    appliance.expect_changes(commands=[STOP_SHOW, "reload", "reload"])
 
 
 @pytest.mark.slow  # and the sanitizers need more room than these limits leave

@@ -67,14 +67,13 @@ test("what a wanted recording would collide with, and where first", () => {
 
 test("a recording has ended when its end has passed, a rule when that of its last day has", () => {
   const now = wallOf("2025-07-03 12:00"); // a Thursday
-  const daily = { days: EVERY_DAY };
   const cases = [
     ["2025-07-03 11:30", {}, true], ["2025-07-03 11:31", {}, false],
-    ["2025-06-01 11:30", daily, false],
-    ["2025-06-01 11:30", { ...daily, end: "2025-07-03" }, true],
-    ["2025-06-01 11:31", { ...daily, end: "2025-07-03" }, false],
+    ["2025-06-01 11:30", { days: EVERY_DAY }, false],
+    ["2025-06-01 11:30", { days: EVERY_DAY, end: "2025-07-03" }, true],
+    ["2025-06-01 11:31", { days: EVERY_DAY, end: "2025-07-03" }, false],
     ["2025-06-02 20:00", { days: "0,1,0,0,0,0,0", end: "2025-07-05" }, true],
-    ["2025-06-27 11:30", { ...daily, weekly: false }, true]];
+    ["2025-06-27 11:30", { days: EVERY_DAY, weekly: false }, true]];
   for (const [start, rule, expected] of cases) {
     assert.equal(week.hasEnded(plan(start, 30, rule), now, utc), expected, start);
   }
